@@ -1,0 +1,38 @@
+#include "desktop/session/ApplicationAdaptor.h"
+
+#include "desktop/session/SingleInstance.h"
+
+namespace zivra::desktop {
+
+ApplicationAdaptor::ApplicationAdaptor(SingleInstance *instance)
+    : QDBusAbstractAdaptor(instance),
+      m_instance(instance)
+{
+}
+
+void ApplicationAdaptor::Activate(const QVariantMap & /*platformData*/)
+{
+    QMetaObject::invokeMethod(
+        m_instance, [instance = m_instance] { instance->activate(); }, Qt::QueuedConnection);
+}
+
+void ApplicationAdaptor::Open(const QStringList &uris, const QVariantMap & /*platformData*/)
+{
+    QList<QUrl> urls;
+    for (const auto &uri : uris) {
+        const QUrl url(uri, QUrl::StrictMode);
+        if (url.isValid()) {
+            urls.append(url);
+        }
+    }
+    QMetaObject::invokeMethod(
+        m_instance, [instance = m_instance, urls] { instance->open(urls); }, Qt::QueuedConnection);
+}
+
+void ApplicationAdaptor::ActivateAction(const QString & /*name*/, const QVariantList & /*parameter*/,
+                                        const QVariantMap &platformData)
+{
+    Activate(platformData);
+}
+
+} // namespace zivra::desktop
