@@ -4,11 +4,9 @@
 
 #include <limits>
 
-namespace zivra::desktop
-{
+namespace zivra::desktop {
 
-namespace
-{
+namespace {
 
 QString describe(int error)
 {

@@ -14,8 +14,7 @@
 #include <string_view>
 #include <vector>
 
-namespace zivra::desktop
-{
+namespace zivra::desktop {
 
 /// Frees what XCB hands out: replies, events and errors.
 struct XcbFree {
@@ -34,8 +33,7 @@ using XcbOwned = std::unique_ptr<T, XcbFree>;
 ///
 /// When the server goes away nothing here throws or exits: replies are null, properties are absent and
 /// `isAlive()` is false from then on.
-class XcbConnection
-{
+class XcbConnection {
 public:
     /// Connects to a display such as ":0"; empty stands for $DISPLAY. Throws `PlatformError`.
     explicit XcbConnection(const QByteArray &displayName = {});
