@@ -6,8 +6,7 @@
 
 #include <optional>
 
-namespace zivra
-{
+namespace zivra {
 
 /// A question or a message to the user.
 struct Alert {
@@ -27,8 +26,7 @@ struct AlertAnswer {
 };
 
 /// Shows alerts in front of everything. Main thread only; callers suspend until the answer.
-class AlertPresenter
-{
+class AlertPresenter {
 public:
     virtual ~AlertPresenter() = default;
 

@@ -4,14 +4,12 @@
 
 #include <QFuture>
 
-namespace zivra
-{
+namespace zivra {
 
 enum class AuthorizationStatus { NotDetermined, Restricted, Denied, Authorized };
 
 /// Whether this user may use cameras and microphones. Main thread only.
-class MediaAuthorization
-{
+class MediaAuthorization {
 public:
     virtual ~MediaAuthorization() = default;
 
@@ -21,8 +19,7 @@ public:
 };
 
 /// Whether the screen may be captured. Main thread only.
-class ScreenCaptureAccess
-{
+class ScreenCaptureAccess {
 public:
     virtual ~ScreenCaptureAccess() = default;
 

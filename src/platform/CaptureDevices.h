@@ -8,8 +8,7 @@
 #include <optional>
 #include <vector>
 
-namespace zivra
-{
+namespace zivra {
 
 /// A camera or a microphone. `uniqueID` stays the same across restarts and replugging.
 struct CaptureDevice {
@@ -20,8 +19,7 @@ struct CaptureDevice {
 };
 
 /// The devices of one kind, now. Main thread only.
-class CaptureDeviceCatalog
-{
+class CaptureDeviceCatalog {
 public:
     virtual ~CaptureDeviceCatalog() = default;
 

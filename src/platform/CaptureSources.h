@@ -2,8 +2,7 @@
 
 #include "platform/CaptureStream.h"
 
-namespace zivra
-{
+namespace zivra {
 
 /// A source of one stream of samples: the picture of a display, the computer's sound, a microphone.
 /// A capture stream is composed of these, so that another desktop's picture joins the same sound.
@@ -11,8 +10,7 @@ namespace zivra
 /// Samples and the end arrive on a thread of the source, one at a time. The handler must not block
 /// for long and must not call back into the source. Destroying a source stops it and waits for a
 /// handler that is running.
-class CaptureSource
-{
+class CaptureSource {
 public:
     using SampleHandler = std::function<void(MediaSample)>;
     /// Called at most once, when the source dies on its own.
@@ -27,8 +25,7 @@ public:
     [[nodiscard]] virtual QFuture<void> stop() = 0;
 };
 
-class PictureSourceFactory
-{
+class PictureSourceFactory {
 public:
     virtual ~PictureSourceFactory() = default;
 
@@ -37,8 +34,7 @@ public:
     makePictureSource(const ContentFilter &filter, const CaptureConfiguration &configuration) = 0;
 };
 
-class SoundSourceFactory
-{
+class SoundSourceFactory {
 public:
     virtual ~SoundSourceFactory() = default;
 

@@ -14,8 +14,7 @@
 #include <memory>
 #include <optional>
 
-namespace zivra
-{
+namespace zivra {
 
 enum class CaptureOutput { Screen, Audio, Microphone };
 
@@ -42,8 +41,7 @@ struct CaptureConfiguration {
 /// unchanged one as an idle frame at most; once a second an unchanged picture is repeated as complete, and
 /// once more when the stream is stopped, so that durations are true. Every time lies on the `MediaClock`.
 /// Samples come on the queue that the output was added with and never after `stop()` has finished.
-class CaptureStream
-{
+class CaptureStream {
 public:
     using SampleHandler = std::function<void(const MediaSample &, CaptureOutput)>;
     /// Called at most once, on a thread of the stream, when the capture dies on its own.
@@ -60,8 +58,7 @@ public:
     [[nodiscard]] virtual QFuture<void> stopCapture() = 0;
 };
 
-class CaptureStreamFactory
-{
+class CaptureStreamFactory {
 public:
     virtual ~CaptureStreamFactory() = default;
 

@@ -3,8 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace zivra
-{
+namespace zivra {
 
 /// What of a display a capture shows.
 struct ContentFilter {

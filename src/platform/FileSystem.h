@@ -3,8 +3,7 @@
 #include <QDateTime>
 #include <QUrl>
 
-namespace zivra
-{
+namespace zivra {
 
 /// A date that could not be read is not valid (`QDateTime::isValid()`).
 struct FileDates {
@@ -14,8 +13,7 @@ struct FileDates {
 
 /// What the desktop does with files beyond reading and writing them. May be used from any thread.
 /// Failures are thrown as `PlatformError`.
-class FileSystem
-{
+class FileSystem {
 public:
     virtual ~FileSystem() = default;
 

@@ -4,16 +4,14 @@
 #include <functional>
 #include <optional>
 
-namespace zivra
-{
+namespace zivra {
 
 /// Key combinations that reach us whatever application has the keyboard. Main thread only.
 ///
 /// Key codes are hardware positions in the numbering of Apple keyboards (HIToolbox, Events.h), which
 /// stored shortcuts use on every platform; modifiers are its bits: control 0x1000, option 0x0800,
 /// shift 0x0200, command 0x0100.
-class HotKeyService
-{
+class HotKeyService {
 public:
     /// Names one active combination. Never reused within a run.
     using Reference = std::uint64_t;

@@ -2,12 +2,10 @@
 
 #include "platform/MediaTime.h"
 
-namespace zivra
-{
+namespace zivra {
 
 /// The monotonic clock that every capture time lies on. May be read from any thread.
-class MediaClock
-{
+class MediaClock {
 public:
     virtual ~MediaClock() = default;
 

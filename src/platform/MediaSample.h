@@ -12,8 +12,7 @@
 #include <variant>
 #include <vector>
 
-namespace zivra
-{
+namespace zivra {
 
 enum class MediaType { Video, Audio };
 
@@ -75,8 +74,7 @@ struct SampleTiming {
 
 /// One sample of a stream: a picture, a stretch of sound or an encoded packet, with its time. A value:
 /// copies share the immutable data. A default-made sample is not valid.
-class MediaSample
-{
+class MediaSample {
 public:
     using Data = std::variant<std::monostate, std::shared_ptr<const VideoFrame>,
                               std::shared_ptr<const AudioBlock>, std::shared_ptr<const EncodedPacket>>;

@@ -4,16 +4,14 @@
 #include <cstdint>
 #include <limits>
 
-namespace zivra
-{
+namespace zivra {
 
 /// A point in time or a span, in whole nanoseconds, with a distinct invalid value.
 ///
 /// Capture times lie on the system's monotonic clock (CLOCK_MONOTONIC), file times on the timeline
 /// of a movie. An invalid time takes part in no arithmetic: sums and differences with it are invalid,
 /// and comparing with it other than for equality has no meaning.
-class MediaTime
-{
+class MediaTime {
 public:
     constexpr MediaTime() = default;
 

@@ -4,8 +4,7 @@
 
 #include <vector>
 
-namespace zivra
-{
+namespace zivra {
 
 /// One track of a movie file, as the file tells it. A value.
 struct MovieTrack {
@@ -16,8 +15,7 @@ struct MovieTrack {
 };
 
 /// A movie file opened for its facts. Immutable, may be used from any thread.
-class MovieAsset
-{
+class MovieAsset {
 public:
     virtual ~MovieAsset() = default;
 
@@ -27,8 +25,7 @@ public:
 };
 
 /// One stream that a reader delivers. Lives as long as its reader.
-class MovieReaderOutput
-{
+class MovieReaderOutput {
 public:
     virtual ~MovieReaderOutput() = default;
 
@@ -38,8 +35,7 @@ public:
 };
 
 /// Reads streams out of a movie. The outputs are added, then reading is started.
-class MovieReader
-{
+class MovieReader {
 public:
     enum class Status { Unknown, Reading, Completed, Failed };
 
@@ -59,8 +55,7 @@ public:
 };
 
 /// Opens, reads, writes and exports movie files. May be used from any thread.
-class MovieServices
-{
+class MovieServices {
 public:
     virtual ~MovieServices() = default;
 

@@ -13,8 +13,7 @@
 #include <memory>
 #include <optional>
 
-namespace zivra
-{
+namespace zivra {
 
 enum class MovieFileType { Mpeg4, QuickTime };
 
@@ -38,8 +37,7 @@ struct AudioSettings {
 
 /// How the packets of a track are to be understood: codec, dimensions, decoder set-up. Opaque outside
 /// of the movie layer that made it; immutable.
-class TrackFormat
-{
+class TrackFormat {
 public:
     virtual ~TrackFormat() = default;
 };
@@ -49,8 +47,7 @@ public:
 using TrackTransform = std::array<std::int32_t, 9>;
 
 /// One track of a movie that is being written. Lives as long as its writer.
-class MovieWriterInput
-{
+class MovieWriterInput {
 public:
     virtual ~MovieWriterInput() = default;
 
@@ -72,8 +69,7 @@ public:
 ///
 /// The file is fragmented and flushed every second by time, so that it plays up to the last second
 /// whatever happens to the process. Destroying an unfinished writer leaves the file at its last flush.
-class MovieWriter
-{
+class MovieWriter {
 public:
     enum class Status { Unknown, Writing, Completed, Failed };
 

@@ -3,12 +3,10 @@
 #include <QString>
 #include <QUrl>
 
-namespace zivra
-{
+namespace zivra {
 
 /// The clipboard. Main thread only. Each call replaces all that it held.
-class Pasteboard
-{
+class Pasteboard {
 public:
     virtual ~Pasteboard() = default;
 

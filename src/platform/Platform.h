@@ -16,8 +16,7 @@
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
 
-namespace zivra
-{
+namespace zivra {
 
 /// Everything that the program asks of a desktop, chosen once at start-up. Each service outlives
 /// whoever is handed this.

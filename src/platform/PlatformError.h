@@ -5,12 +5,10 @@
 #include <exception>
 #include <stdexcept>
 
-namespace zivra
-{
+namespace zivra {
 
 /// A failure that the desktop reported, in words fit for a user. `what()` is the same text in UTF-8.
-class PlatformError : public std::runtime_error
-{
+class PlatformError : public std::runtime_error {
 public:
     explicit PlatformError(const QString &text) : std::runtime_error(text.toStdString()) {}
 

@@ -7,8 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace zivra
-{
+namespace zivra {
 
 /// A display of the desktop. All geometry is in points with the origin at the top left of the main
 /// display, y growing downwards.
@@ -22,8 +21,7 @@ struct Screen {
 };
 
 /// The displays now and the mouse. Main thread only.
-class Screens
-{
+class Screens {
 public:
     virtual ~Screens() = default;
 

@@ -8,8 +8,7 @@
 #include <optional>
 #include <vector>
 
-namespace zivra
-{
+namespace zivra {
 
 /// The application that a window belongs to.
 struct WindowOwner {
@@ -40,8 +39,7 @@ struct ShareableContent {
 };
 
 /// Asks the desktop what can be recorded, and brings applications forward. Main thread only.
-class ContentQuery
-{
+class ContentQuery {
 public:
     virtual ~ContentQuery() = default;
 

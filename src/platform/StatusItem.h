@@ -7,8 +7,7 @@
 #include <optional>
 #include <vector>
 
-namespace zivra
-{
+namespace zivra {
 
 enum class StatusGlyph { Idle, Recording };
 
@@ -20,8 +19,7 @@ struct MenuItem {
 };
 
 /// Our icon in the desktop's tray. Main thread only. A desktop without a tray shows nothing.
-class StatusItem
-{
+class StatusItem {
 public:
     virtual ~StatusItem() = default;
 

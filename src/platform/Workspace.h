@@ -3,12 +3,10 @@
 #include <QString>
 #include <QUrl>
 
-namespace zivra
-{
+namespace zivra {
 
 /// Hands things to the desktop. Main thread only; never waits for what it starts.
-class Workspace
-{
+class Workspace {
 public:
     virtual ~Workspace() = default;
 
