@@ -1,0 +1,576 @@
+#include "app/RecordingCoordinator.h"
+
+#include "capture/ZivraError.h"
+#include "platform/PlatformError.h"
+
+#include <QCoreApplication>
+#include <QCoroFuture>
+#include <QFile>
+#include <QPointer>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace zivra {
+
+namespace {
+
+std::optional<ZivraError> asZivraError(const std::exception_ptr &error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (const ZivraError &known) {
+        return known;
+    } catch (...) {
+        return std::nullopt;
+    }
+}
+
+QString privacyPane(const ZivraError &error)
+{
+    switch (error.code()) {
+    case ZivraError::screenPermission:
+        return Permissions::screenCapturePane();
+    case ZivraError::cameraPermission:
+        return Permissions::cameraPane();
+    case ZivraError::micPermission:
+        return Permissions::microphonePane();
+    default:
+        return {};
+    }
+}
+
+std::optional<CaptureDevice> deviceWithID(const std::vector<CaptureDevice> &devices, const QString &uniqueID)
+{
+    const auto found = std::ranges::find(devices, uniqueID, &CaptureDevice::uniqueID);
+    return found != devices.end() ? std::optional(*found) : std::nullopt;
+}
+
+void removeFile(const std::optional<QUrl> &url)
+{
+    if (url) {
+        QFile::remove(url->toLocalFile());
+    }
+}
+
+} // namespace
+
+RecordingCoordinator::RecordingCoordinator(Collaborators collaborators, QObject *parent)
+    : RecordingControls(parent),
+      m_with(std::move(collaborators))
+{
+    m_ticker.setInterval(std::chrono::milliseconds(250));
+    connect(&m_ticker, &QTimer::timeout, this, [this] {
+        const double open = m_segmentStart ? (m_with.clock.now() - *m_segmentStart).seconds() : 0;
+        setElapsed(m_accumulated + open);
+    });
+    // The notice comes before the change, so the preview follows one turn of the event loop later.
+    connect(&m_with.settings, &Settings::willChange, this, &RecordingCoordinator::refreshPreview,
+            Qt::QueuedConnection);
+    m_with.bubble.onSize = [this](BubbleSize size) {
+        m_with.settings.setBubbleSize(size);
+        m_with.bubble.resize(size);
+    };
+    m_with.bubble.onClose = [this] { closeCameraBubble(); };
+}
+
+void RecordingCoordinator::spawn(std::function<Task()> task)
+{
+    m_taskPending = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this, task = std::move(task)] {
+            m_taskPending = false;
+            task();
+        },
+        Qt::QueuedConnection);
+}
+
+void RecordingCoordinator::start()
+{
+    if (m_phase == Phase::Idle && !m_taskPending) {
+        spawn([this] { return begin(m_with.settings.countdown(), false); });
+    }
+}
+
+void RecordingCoordinator::finish()
+{
+    if (isRecording() && !m_taskPending) {
+        spawn([this] { return finishTask(); });
+    }
+}
+
+void RecordingCoordinator::restart()
+{
+    if (isRecording() && !m_taskPending) {
+        spawn([this] { return restartTask(); });
+    }
+}
+
+void RecordingCoordinator::cancel()
+{
+    if (!isRecording() || m_taskPending || m_askingToCancel) {
+        return;
+    }
+    const bool wasRecording = m_phase == Phase::Recording;
+    pause();
+    cancelTask(wasRecording);
+}
+
+void RecordingCoordinator::togglePause()
+{
+    if (m_phase == Phase::Recording) {
+        pause();
+    } else if (m_phase == Phase::Paused) {
+        resume();
+    }
+}
+
+void RecordingCoordinator::pause()
+{
+    if (m_phase != Phase::Recording) {
+        return;
+    }
+    if (m_screenRecorder) {
+        m_screenRecorder->pause();
+    }
+    if (m_mode == RecordingMode::CameraOnly) {
+        m_with.camera.pauseMovie();
+    }
+    if (m_segmentStart) {
+        m_accumulated += (m_with.clock.now() - *m_segmentStart).seconds();
+    }
+    m_segmentStart.reset();
+    setPhase(Phase::Paused);
+}
+
+void RecordingCoordinator::resume()
+{
+    if (m_phase != Phase::Paused) {
+        return;
+    }
+    if (m_screenRecorder) {
+        m_screenRecorder->resume();
+    }
+    if (m_mode == RecordingMode::CameraOnly) {
+        m_with.camera.resumeMovie();
+    }
+    m_segmentStart = m_with.clock.now();
+    setPhase(Phase::Recording);
+}
+
+RecordingCoordinator::Task RecordingCoordinator::begin(bool useCountdown, bool reusePlan)
+{
+    std::exception_ptr failure;
+    try {
+        co_await prepareAndStart(useCountdown, reusePlan);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (!failure) {
+        co_return;
+    }
+    tearDown();
+    setPhase(Phase::Idle);
+    if (asZivraError(failure) != ZivraError(ZivraError::cancelled)) {
+        co_await present(failure);
+    }
+}
+
+RecordingCoordinator::Task RecordingCoordinator::prepareAndStart(bool useCountdown, bool reusePlan)
+{
+    ++m_take;
+    setPhase(Phase::Preparing);
+    if (onWillStart) {
+        onWillStart();
+    }
+    setMode(m_with.settings.effectiveMode());
+    const bool withScreen = m_mode != RecordingMode::CameraOnly;
+    co_await askForPermissions();
+    if (withScreen && !(reusePlan && m_plan)) {
+        const CapturePlan plan = co_await makePlan();
+        m_plan = plan;
+    }
+    const Screen screen = targetScreen();
+    if (m_mode == RecordingMode::ScreenOnly) {
+        m_with.bubble.hide();
+    } else {
+        showCamera(screen);
+    }
+    if (useCountdown) {
+        setPhase(Phase::Countdown);
+        const bool goOn = co_await m_with.countdown.run(screen, m_with.settings.countdownSeconds());
+        if (!goOn) {
+            throw ZivraError(ZivraError::cancelled);
+        }
+    }
+    // The capture filter is made from the window numbers of these, so they come before it.
+    m_with.controlBar.show(screen, *this);
+    if (withScreen) {
+        m_with.drawing.show(screen);
+    }
+    const QUrl url =
+        m_with.library.newRecordingURL(withScreen ? QStringLiteral("mp4") : QStringLiteral("mov"));
+    if (withScreen) {
+        co_await startScreenCapture(url);
+    } else {
+        m_with.camera.startMovie(chosenMicrophone(), url);
+    }
+    m_accumulated = 0;
+    setElapsed(0);
+    m_segmentStart = m_with.clock.now();
+    startTicker();
+    setPhase(Phase::Recording);
+}
+
+RecordingCoordinator::Task RecordingCoordinator::askForPermissions()
+{
+    if (m_mode != RecordingMode::ScreenOnly) {
+        const bool granted = co_await m_with.permissions.request(MediaType::Video);
+        if (!granted) {
+            throw ZivraError(ZivraError::cameraPermission);
+        }
+    }
+    if (m_with.settings.micEnabled()) {
+        const bool granted = co_await m_with.permissions.request(MediaType::Audio);
+        if (!granted) {
+            throw ZivraError(ZivraError::micPermission);
+        }
+    }
+}
+
+QCoro::Task<CapturePlan> RecordingCoordinator::makePlan()
+{
+    if (!m_with.screenAccess.preflight()) {
+        m_with.screenAccess.request();
+        throw ZivraError(ZivraError::screenPermission);
+    }
+    const CaptureArea area = m_with.settings.captureArea();
+    if (area == CaptureArea::Window) {
+        const ShareableContent content = co_await m_with.content.shareableContent(true, true);
+        const CapturePlan plan = planForWindow(content, m_with.settings.windowID());
+        const auto window = std::ranges::find(content.windows, *plan.windowID, &ShareableWindow::windowID);
+        if (window->owningApplication) {
+            m_with.content.activateApplication(window->owningApplication->processID);
+        }
+        co_return plan;
+    }
+    if (area == CaptureArea::CustomArea) {
+        const Screen screen = screenWithMouse(m_with.screens);
+        const std::optional<QRectF> rectangle = co_await m_with.areaSelector.select(screen);
+        if (!rectangle) {
+            throw ZivraError(ZivraError::cancelled);
+        }
+        co_return CapturePlan{screen.displayID, CaptureArea::CustomArea, *rectangle, std::nullopt};
+    }
+    const auto chosen = screenWithID(m_with.screens, m_with.settings.displayID());
+    const Screen screen = chosen ? *chosen : screenWithMouse(m_with.screens);
+    co_return CapturePlan{screen.displayID, CaptureArea::FullScreen, std::nullopt, std::nullopt};
+}
+
+Screen RecordingCoordinator::targetScreen() const
+{
+    if (m_plan && m_mode != RecordingMode::CameraOnly) {
+        if (const auto screen = screenWithID(m_with.screens, m_plan->displayID)) {
+            return *screen;
+        }
+    }
+    return screenWithMouse(m_with.screens);
+}
+
+void RecordingCoordinator::showCamera(const Screen &screen)
+{
+    m_with.camera.start(chosenCamera(), m_with.settings.quality());
+    if (!m_cameraHidden) {
+        m_with.bubble.show(m_with.camera, screen, m_mode == RecordingMode::CameraOnly,
+                           m_with.settings.bubbleSize(), m_with.settings.mirrorCamera());
+    }
+}
+
+RecordingCoordinator::Task RecordingCoordinator::startScreenCapture(QUrl url)
+{
+    if (!m_plan) {
+        throw ZivraError(ZivraError::noDisplay);
+    }
+    const ShareableContent content = co_await m_with.content.shareableContent(false, true);
+    const auto display = std::ranges::find(content.displays, m_plan->displayID, &ShareableDisplay::displayID);
+    if (display == content.displays.end()) {
+        throw ZivraError(ZivraError::noDisplay);
+    }
+    ScreenRecorderOptions options;
+    options.filter = contentFilter(*m_plan, content, keptWindows(), QCoreApplication::applicationPid());
+    options.sourceRect = m_plan->sourceRect;
+    options.outputSize = takeSize(*display);
+    options.captureSystemAudio = m_with.settings.systemAudio();
+    if (const auto microphone = chosenMicrophone()) {
+        options.microphoneID = microphone->uniqueID;
+    }
+    options.showClicks = m_with.settings.highlightClicks();
+    options.outputURL = url;
+
+    std::unique_ptr<ScreenTake> recorder = m_with.makeTake(options);
+    const int take = m_take;
+    recorder->setErrorHandler([self = QPointer(this), take](const std::exception_ptr &error) {
+        QMetaObject::invokeMethod(
+            self.data(),
+            [self, take, error] {
+                if (self) {
+                    self->takeDied(take, error);
+                }
+            },
+            Qt::QueuedConnection);
+    });
+    co_await recorder->start();
+    m_screenRecorder = std::move(recorder);
+}
+
+QSize RecordingCoordinator::takeSize(const ShareableDisplay &display) const
+{
+    constexpr double kScaleOfUnknownScreen = 2;
+    const auto screen = screenWithID(m_with.screens, m_plan->displayID);
+    return outputSize(m_plan->sourceRect ? m_plan->sourceRect->size() : display.frame.size(),
+                      screen ? screen->backingScaleFactor : kScaleOfUnknownScreen,
+                      rawValue(m_with.settings.quality()));
+}
+
+std::set<std::uint32_t> RecordingCoordinator::keptWindows() const
+{
+    std::set<std::uint32_t> kept;
+    const auto bubble = m_with.bubble.panelWindowID();
+    if (bubble && !m_cameraHidden) {
+        kept.insert(*bubble);
+    }
+    if (const auto sheet = m_with.drawing.panelWindowID()) {
+        kept.insert(*sheet);
+    }
+    return kept;
+}
+
+void RecordingCoordinator::takeDied(int take, const std::exception_ptr &error)
+{
+    if (take != m_take) {
+        return;
+    }
+    if (onTakeDied) {
+        onTakeDied(errorText(error));
+    }
+    if (isRecording()) {
+        finish();
+    }
+}
+
+QCoro::Task<std::optional<QUrl>> RecordingCoordinator::stopCapture()
+{
+    std::optional<QUrl> url;
+    if (m_screenRecorder) {
+        const std::unique_ptr<ScreenTake> recorder = std::move(m_screenRecorder);
+        url = co_await recorder->stop();
+    } else if (m_mode == RecordingMode::CameraOnly) {
+        url = co_await m_with.camera.stopMovie();
+    }
+    co_return url;
+}
+
+RecordingCoordinator::Task RecordingCoordinator::finishTask()
+{
+    setPhase(Phase::Processing);
+    stopTicker();
+    const std::optional<QUrl> url = co_await stopCapture();
+    tearDown();
+    if (!url) {
+        co_await present(std::make_exception_ptr(ZivraError(ZivraError::recordingFailed)));
+        setPhase(Phase::Idle);
+        co_return;
+    }
+    try {
+        co_await m_with.mergeAudioTracksIfNeeded(*url);
+    } catch (const std::exception &) {
+        // The take is whole with both its tracks, so it counts as finished.
+    }
+    m_with.library.refresh();
+    if (onFinished) {
+        onFinished(*url);
+    }
+    setPhase(Phase::Idle);
+}
+
+RecordingCoordinator::Task RecordingCoordinator::restartTask()
+{
+    setPhase(Phase::Processing);
+    stopTicker();
+    const std::optional<QUrl> url = co_await stopCapture();
+    removeFile(url);
+    m_with.drawing.clearStrokes();
+    co_await begin(m_with.settings.countdown(), true);
+}
+
+RecordingCoordinator::Task RecordingCoordinator::cancelTask(bool wasRecording)
+{
+    Alert alert;
+    alert.message = QStringLiteral("Delete this recording?");
+    alert.informativeText = QStringLiteral("The recording will be discarded. This can't be undone.");
+    alert.style = Alert::Style::Warning;
+    alert.buttons = {QStringLiteral("Delete"), QStringLiteral("Keep Recording")};
+
+    const int take = m_take;
+    m_askingToCancel = true;
+    const AlertAnswer answer = co_await m_with.alerts.run(alert);
+    m_askingToCancel = false;
+    // A hot key may have finished or restarted the take while the question stood.
+    if (take != m_take || !isRecording() || m_taskPending) {
+        co_return;
+    }
+    if (answer.button == 0) {
+        spawn([this] { return discard(); });
+    } else if (wasRecording) {
+        resume();
+    }
+}
+
+RecordingCoordinator::Task RecordingCoordinator::discard()
+{
+    setPhase(Phase::Processing);
+    stopTicker();
+    const std::optional<QUrl> url = co_await stopCapture();
+    removeFile(url);
+    tearDown();
+    setPhase(Phase::Idle);
+}
+
+RecordingCoordinator::Task RecordingCoordinator::present(std::exception_ptr error)
+{
+    Alert alert;
+    QString pane;
+    if (const auto known = asZivraError(error)) {
+        alert.message = known->errorDescription();
+        pane = privacyPane(*known);
+        if (!pane.isEmpty()) {
+            alert.informativeText = known->recoverySuggestion().value_or(QString());
+            alert.buttons = {QStringLiteral("Open System Settings"), QStringLiteral("Cancel")};
+        }
+    } else {
+        alert.message = errorText(error);
+    }
+    alert.style = Alert::Style::Warning;
+    const AlertAnswer answer = co_await m_with.alerts.run(alert);
+    if (!pane.isEmpty() && answer.button == 0) {
+        m_with.permissions.openPrivacySettings(pane);
+    }
+}
+
+void RecordingCoordinator::tearDown()
+{
+    stopTicker();
+    m_with.controlBar.orderOut();
+    m_with.drawing.hide();
+    m_with.bubble.hide();
+    m_with.camera.stop();
+    setCameraHidden(false);
+    m_screenRecorder.reset();
+}
+
+void RecordingCoordinator::toggleCamera()
+{
+    if (m_mode != RecordingMode::ScreenAndCamera) {
+        return;
+    }
+    setCameraHidden(!m_cameraHidden);
+    if (m_cameraHidden) {
+        m_with.bubble.hide();
+    } else {
+        m_with.bubble.show(m_with.camera, targetScreen(), false, m_with.settings.bubbleSize(),
+                           m_with.settings.mirrorCamera());
+    }
+}
+
+void RecordingCoordinator::closeCameraBubble()
+{
+    if (isRecording()) {
+        toggleCamera();
+    } else if (m_with.settings.mode() != RecordingMode::ScreenOnly) {
+        m_with.settings.setMode(RecordingMode::ScreenOnly);
+    }
+}
+
+void RecordingCoordinator::setPreviewing(bool previewing)
+{
+    m_previewing = previewing;
+    const bool usesCamera = m_with.settings.effectiveMode() != RecordingMode::ScreenOnly;
+    if (previewing && usesCamera &&
+        m_with.authorization.authorizationStatus(MediaType::Video) == AuthorizationStatus::NotDetermined) {
+        [](RecordingCoordinator &self) -> Task {
+            co_await self.m_with.permissions.request(MediaType::Video);
+            self.refreshPreview();
+        }(*this);
+    }
+    refreshPreview();
+}
+
+void RecordingCoordinator::refreshPreview()
+{
+    if (m_phase != Phase::Idle) {
+        return;
+    }
+    const RecordingMode mode = m_with.settings.effectiveMode();
+    if (m_previewing && mode != RecordingMode::ScreenOnly &&
+        m_with.authorization.authorizationStatus(MediaType::Video) == AuthorizationStatus::Authorized) {
+        m_with.camera.start(chosenCamera(), m_with.settings.quality());
+        m_with.bubble.show(m_with.camera, screenWithMouse(m_with.screens), mode == RecordingMode::CameraOnly,
+                           m_with.settings.bubbleSize(), m_with.settings.mirrorCamera());
+    } else {
+        m_with.bubble.hide();
+        m_with.camera.stop();
+    }
+}
+
+void RecordingCoordinator::startTicker()
+{
+    m_ticker.start();
+}
+
+void RecordingCoordinator::stopTicker()
+{
+    m_ticker.stop();
+}
+
+std::optional<CaptureDevice> RecordingCoordinator::chosenCamera() const
+{
+    const auto chosen = deviceWithID(m_with.devices.cameras(), m_with.settings.cameraID());
+    return chosen ? chosen : m_with.devices.defaultCamera();
+}
+
+std::optional<CaptureDevice> RecordingCoordinator::chosenMicrophone() const
+{
+    if (!m_with.settings.micEnabled()) {
+        return std::nullopt;
+    }
+    const auto chosen = deviceWithID(m_with.devices.microphones(), m_with.settings.micID());
+    return chosen ? chosen : m_with.devices.defaultMicrophone();
+}
+
+void RecordingCoordinator::setPhase(Phase phase)
+{
+    m_phase = phase;
+    Q_EMIT phaseChanged();
+}
+
+void RecordingCoordinator::setElapsed(double seconds)
+{
+    m_elapsed = seconds;
+    Q_EMIT elapsedChanged();
+}
+
+void RecordingCoordinator::setCameraHidden(bool hidden)
+{
+    m_cameraHidden = hidden;
+    Q_EMIT cameraHiddenChanged();
+}
+
+void RecordingCoordinator::setMode(RecordingMode mode)
+{
+    m_mode = mode;
+    Q_EMIT modeChanged();
+}
+
+} // namespace zivra
