@@ -1,0 +1,55 @@
+#pragma once
+
+#include "overlays/AreaSelector.h"
+#include "overlays/CameraBubbleController.h"
+#include "overlays/ControlBarController.h"
+#include "overlays/DrawingOverlayController.h"
+
+namespace zivra {
+
+// What a take without surfaces of its own shows on the screen: nothing. It has no camera either.
+
+class NoCamera final : public CameraManager {
+public:
+    void start(const std::optional<CaptureDevice> &, VideoQuality) override {}
+    void stop() override {}
+    void startMovie(const std::optional<CaptureDevice> &, const QUrl &) override {}
+    void pauseMovie() override {}
+    void resumeMovie() override {}
+    QCoro::Task<std::optional<QUrl>> stopMovie() override { co_return std::nullopt; }
+};
+
+class NoCameraBubble final : public CameraBubbleController {
+public:
+    void show(CameraManager &, const Screen &, bool, BubbleSize, bool) override {}
+    void hide() override {}
+    void resize(BubbleSize) override {}
+    std::optional<std::uint32_t> panelWindowID() const override { return std::nullopt; }
+};
+
+class NoDrawingOverlay final : public DrawingOverlayController {
+public:
+    void show(const Screen &) override {}
+    void hide() override {}
+    void clearStrokes() override {}
+    std::optional<std::uint32_t> panelWindowID() const override { return std::nullopt; }
+};
+
+class NoControlBar final : public ControlBarController {
+public:
+    void show(const Screen &, RecordingControls &) override {}
+    void orderOut() override {}
+};
+
+/// Answers with the rectangle it was given instead of asking; without one the choice is called off.
+class FixedAreaSelector final : public AreaSelector {
+public:
+    explicit FixedAreaSelector(std::optional<QRectF> area) : m_area(area) {}
+
+    QCoro::Task<std::optional<QRectF>> select(Screen) override { co_return m_area; }
+
+private:
+    std::optional<QRectF> m_area;
+};
+
+} // namespace zivra
