@@ -3,13 +3,11 @@
 #include "platform/UserDefaults.h"
 #include "settings/RecordingChoices.h"
 #include "settings/Shortcut.h"
+#include "settings/ShortcutStorage.h"
 
-#include <QJsonValue>
 #include <QObject>
 #include <QString>
 
-#include <cstdint>
-#include <map>
 #include <optional>
 
 namespace zivra {
@@ -127,12 +125,7 @@ Q_SIGNALS:
     void shortcutsChanged();
 
 private:
-    /// By action name. A present key with an absent shortcut is an action that the user has cleared;
-    /// a missing key is one on its default.
-    using ShortcutOverrides = std::map<QString, std::optional<Shortcut>>;
-
     void load();
-    void setShortcutOverrides(ShortcutOverrides overrides);
     /// `key` is null for what is not stored.
     template <typename Value>
     void assign(Value &member, const Value &value, const char *key, void (Settings::*changed)());

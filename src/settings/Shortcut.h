@@ -5,7 +5,7 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
+#include <utility>
 
 namespace zivra {
 
@@ -56,7 +56,6 @@ inline constexpr std::array kAllShortcutActions = {ShortcutAction::StartStop, Sh
 
 /// The name of the action in the stored preferences.
 [[nodiscard]] QLatin1String rawValue(ShortcutAction action);
-[[nodiscard]] std::optional<ShortcutAction> shortcutActionFromRawValue(const QString &raw);
 /// The combination of an action that the user has not changed.
 [[nodiscard]] Shortcut defaultShortcut(ShortcutAction action);
 
