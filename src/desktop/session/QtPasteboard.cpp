@@ -22,6 +22,8 @@ void QtPasteboard::setFile(const QUrl &fileURL)
     // GTK file managers paste by the first of these two, KDE's tells a copy from a cut by the second.
     data->setData(QStringLiteral("x-special/gnome-copied-files"), "copy\n" + encoded);
     data->setData(QStringLiteral("application/x-kde-cutselection"), "0");
+    // For terminals and text fields. Qt would offer the URL as plain text otherwise, with its blanks bare.
+    data->setText(fileURL.toLocalFile());
     QGuiApplication::clipboard()->setMimeData(data.release());
 }
 
