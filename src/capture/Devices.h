@@ -1,8 +1,10 @@
 #pragma once
 
-#include "platform/CaptureDevices.h"
+// clang-format off
+#include <QObject> // before all others: moc 6.4 cannot parse <compare> by itself
+// clang-format on
 
-#include <QObject>
+#include "platform/CaptureDevices.h"
 
 #include <optional>
 #include <vector>

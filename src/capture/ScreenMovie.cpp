@@ -1,0 +1,188 @@
+#include "capture/ScreenMovie.h"
+
+#include "capture/ZivraError.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zivra {
+
+namespace {
+
+bool isCompleteFrame(const MediaSample &sample)
+{
+    return sample.frameStatus() == FrameStatus::Complete;
+}
+
+/// What AAC is made of sound in that format: one or two channels, at 44.1 kHz where that is the source's
+/// rate, else at 48.
+AudioSettings audioSettings(const std::optional<AudioFormat> &source, int defaultChannels)
+{
+    constexpr double kCompactDiscRate = 44100;
+    AudioSettings settings;
+    settings.sampleRate = source && source->sampleRate == kCompactDiscRate ? kCompactDiscRate : 48000;
+    settings.channels = source ? std::clamp(source->channels, 1, 2) : defaultChannels;
+    settings.bitRate = settings.channels == 1 ? 96000 : 160000;
+    return settings;
+}
+
+MediaSample retimed(const MediaSample &sample, MediaTime offset)
+{
+    SampleTiming timing = sample.timing();
+    timing.presentation = timing.presentation - offset;
+    timing.decode = timing.decode - offset;
+    return sample.withTiming(timing);
+}
+
+} // namespace
+
+ScreenMovie::ScreenMovie(ScreenRecorderOptions options, MovieServices &movies)
+    : m_options(std::move(options)),
+      m_movies(movies)
+{
+}
+
+void ScreenMovie::handle(const MediaSample &sample, CaptureOutput output)
+{
+    if (m_stopped || !sample.isValid()) {
+        return;
+    }
+    switch (output) {
+    case CaptureOutput::Screen:
+        handleFrame(sample);
+        break;
+    case CaptureOutput::Audio:
+        handleAudio(sample, m_systemInput, m_systemFormat);
+        break;
+    case CaptureOutput::Microphone:
+        handleAudio(sample, m_micInput, m_micFormat);
+        break;
+    }
+}
+
+void ScreenMovie::handleAudio(const MediaSample &sample, MovieWriterInput *input,
+                              std::optional<AudioFormat> &format)
+{
+    if (m_writer) {
+        append(sample, input);
+    } else {
+        format = sample.audioFormat();
+    }
+}
+
+void ScreenMovie::handleFrame(const MediaSample &frame)
+{
+    if (!isCompleteFrame(frame)) {
+        return;
+    }
+    if (!m_writer) {
+        try {
+            setUpWriter(frame.presentationTime());
+        } catch (...) {
+            m_stopped = true;
+            if (m_onError) {
+                m_onError(std::current_exception());
+            }
+            return;
+        }
+    }
+    append(frame, m_videoInput);
+}
+
+void ScreenMovie::setUpWriter(MediaTime start)
+{
+    std::unique_ptr<MovieWriter> writer = m_movies.makeWriter(m_options.outputURL, MovieFileType::Mpeg4);
+    const auto inRealTime = [](MovieWriterInput &input) {
+        input.setExpectsMediaDataInRealTime(true);
+        return &input;
+    };
+    MovieWriterInput *video = inRealTime(writer->addVideoInput(videoSettings()));
+    MovieWriterInput *system = nullptr;
+    if (m_options.captureSystemAudio) {
+        system = inRealTime(writer->addAudioInput(audioSettings(m_systemFormat, 2)));
+    }
+    MovieWriterInput *microphone = nullptr;
+    if (m_options.microphoneID) {
+        microphone = inRealTime(writer->addAudioInput(audioSettings(m_micFormat, 1)));
+    }
+    writer->setInterruptionHandler(m_onError);
+    if (!writer->startWriting()) {
+        const std::exception_ptr error = writer->error();
+        std::rethrow_exception(error ? error
+                                     : std::make_exception_ptr(ZivraError(ZivraError::recordingFailed)));
+    }
+    writer->startSession(start);
+    m_writer = std::move(writer);
+    m_videoInput = video;
+    m_systemInput = system;
+    m_micInput = microphone;
+}
+
+VideoSettings ScreenMovie::videoSettings() const
+{
+    // H.264 ends here in the decoders of ordinary hardware.
+    constexpr int kWidestH264 = 4096;
+    constexpr int kTallestH264 = 2304;
+    constexpr double kBitsPerPixel = 0.15;
+    constexpr std::int64_t kLeastBitRate = 2'000'000;
+
+    VideoSettings settings;
+    settings.width = static_cast<int>(m_options.outputSize.width());
+    settings.height = static_cast<int>(m_options.outputSize.height());
+    settings.codec =
+        settings.width > kWidestH264 || settings.height > kTallestH264 ? VideoCodec::Hevc : VideoCodec::H264;
+    settings.expectedSourceFrameRate = 30;
+    settings.maxKeyFrameInterval = 60;
+    const auto pixels = static_cast<double>(std::int64_t{settings.width} * settings.height);
+    const double bitRate = pixels * settings.expectedSourceFrameRate * kBitsPerPixel;
+    settings.averageBitRate = std::max(kLeastBitRate, static_cast<std::int64_t>(bitRate));
+    return settings;
+}
+
+void ScreenMovie::append(const MediaSample &sample, MovieWriterInput *input)
+{
+    if (input == nullptr || !isWriting() || m_timeline.isPaused()) {
+        return;
+    }
+    m_timeline.pass(sample.presentationTime());
+    if (!input->isReadyForMoreMediaData()) {
+        return;
+    }
+    const MediaTime offset = m_timeline.offset();
+    const MediaSample placed = offset == MediaTime::zero() ? sample : retimed(sample, offset);
+    if (input == m_videoInput) {
+        const MediaTime time = placed.presentationTime();
+        if (m_lastVideoTime.isValid() && time <= m_lastVideoTime) {
+            return;
+        }
+        m_lastVideoTime = time;
+    }
+    input->append(placed);
+}
+
+bool ScreenMovie::isWriting() const
+{
+    return m_writer && m_writer->status() == MovieWriter::Status::Writing;
+}
+
+std::optional<QFuture<void>> ScreenMovie::finish()
+{
+    m_stopped = true;
+    if (!isWriting()) {
+        return std::nullopt;
+    }
+    for (MovieWriterInput *input : {m_videoInput, m_systemInput, m_micInput}) {
+        if (input != nullptr) {
+            input->markAsFinished();
+        }
+    }
+    return m_writer->finishWriting();
+}
+
+std::optional<QUrl> ScreenMovie::finishedFile() const
+{
+    const bool isUsable = m_writer && m_writer->status() == MovieWriter::Status::Completed;
+    return isUsable ? std::optional(m_writer->outputURL()) : std::nullopt;
+}
+
+} // namespace zivra
