@@ -1,0 +1,169 @@
+#include "desktop/media/FragmentMuxer.h"
+
+#include "desktop/media/FileSink.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+extern "C" {
+#include <libavutil/opt.h>
+}
+
+namespace zivra::desktop {
+
+namespace {
+
+const auto kMuxFailure = QStringLiteral("The movie can’t be written");
+/// How long the last picture lasts when nothing follows it.
+constexpr MediaTime kLastPictureDuration = MediaTime::fromNanoseconds(1'000'000'000 / 30);
+/// The same where one may follow: too short rather than too long, so that it cannot run into that one.
+constexpr MediaTime kStillPictureDuration = MediaTime::fromMilliseconds(1);
+/// A flush passes over a waiting packet that is younger: the next one, and so its true duration, is due.
+constexpr std::chrono::milliseconds kDueTime{50};
+
+} // namespace
+
+FragmentMuxer::FragmentMuxer(FileSink &sink, MovieFileType type) : m_sink(sink)
+{
+    AVFormatContext *context = nullptr;
+    checked(avformat_alloc_output_context2(&context, nullptr,
+                                           type == MovieFileType::QuickTime ? "mov" : "mp4", nullptr),
+            kMuxFailure);
+    m_context.reset(context);
+    m_context->pb = sink.io();
+    m_context->flags |= AVFMT_FLAG_CUSTOM_IO;
+}
+
+int FragmentMuxer::addTrack(const AVCodecParameters &parameters, AVRational timeBase,
+                            const std::optional<TrackTransform> &transform)
+{
+    AVStream *stream = avformat_new_stream(m_context.get(), nullptr);
+    if (stream == nullptr || avcodec_parameters_copy(stream->codecpar, &parameters) < 0) {
+        throw std::bad_alloc();
+    }
+    stream->time_base = timeBase;
+    setTransform(*stream, transform);
+    m_tracks.push_back({.timeBase = timeBase, .waiting = {}, .waitingSince = {}});
+    return static_cast<int>(m_tracks.size()) - 1;
+}
+
+void FragmentMuxer::start()
+{
+    // The index goes out with the first flush, when it is known where each track starts.
+    checked(av_opt_set(m_context->priv_data, "movflags",
+                       "empty_moov+delay_moov+default_base_moof+frag_custom+skip_trailer", 0),
+            kMuxFailure);
+    checked(avformat_write_header(m_context.get(), nullptr), kMuxFailure);
+}
+
+void FragmentMuxer::write(int number, PacketPtr packet)
+{
+    auto &track = m_tracks.at(static_cast<std::size_t>(number));
+    track.empty = false;
+    m_unflushedSize += packet->size;
+    packet->stream_index = number;
+    if (track.waiting) {
+        releaseWaiting(track, packet->dts - track.waiting->dts);
+    }
+    if (packet->duration > 0) {
+        mux(track, std::move(packet));
+    } else {
+        track.waiting = std::move(packet);
+        track.waitingSince = Clock::now();
+    }
+}
+
+void FragmentMuxer::releaseWaiting(Track &track, std::int64_t duration)
+{
+    auto packet = std::move(track.waiting);
+    packet->duration = duration;
+    mux(track, std::move(packet));
+}
+
+void FragmentMuxer::mux(Track &track, PacketPtr packet)
+{
+    // The muxer lets every fragment of a track start where the one before ended. Where the next packet
+    // comes later than that (a still screen), an earlier decoding time keeps its presentation right.
+    if (track.startsFragment && packet->dts > track.end) {
+        packet->duration += packet->dts - track.end;
+        packet->dts = track.end;
+    }
+    track.startsFragment = false;
+    track.end = packet->dts + packet->duration;
+    track.latest = std::max(track.latest, packet->pts + packet->duration);
+    av_packet_rescale_ts(packet.get(), track.timeBase, m_context->streams[packet->stream_index]->time_base);
+    const int result = av_write_frame(m_context.get(), packet.get());
+    if (m_sink.failure() == 0) {
+        checked(result, kMuxFailure);
+    }
+}
+
+void FragmentMuxer::flush()
+{
+    for (auto &track : m_tracks) {
+        if (track.waiting && (!m_hasFragment || Clock::now() - track.waitingSince > kDueTime)) {
+            releaseWaiting(track, ticksFrom(kStillPictureDuration, track.timeBase));
+        }
+    }
+    const bool anything = std::any_of(m_tracks.begin(), m_tracks.end(),
+                                      [](const Track &track) { return !track.startsFragment; });
+    if (!anything) {
+        return;
+    }
+    if (!m_hasFragment) {
+        av_write_frame(m_context.get(), nullptr); // the index alone
+    }
+    av_write_frame(m_context.get(), nullptr);
+    m_sink.commit();
+    m_unflushedSize = 0;
+    m_hasFragment = m_sink.committedSize() > 0;
+    for (auto &track : m_tracks) {
+        track.startsFragment = true;
+    }
+}
+
+void FragmentMuxer::finish()
+{
+    for (auto &track : m_tracks) {
+        if (track.waiting) {
+            releaseWaiting(track, ticksFrom(kLastPictureDuration, track.timeBase));
+        }
+    }
+    flush();
+    if (m_sink.failure() == 0) {
+        checked(av_write_trailer(m_context.get()), kMuxFailure);
+        m_sink.commit();
+    }
+}
+
+bool FragmentMuxer::hasPackets(int track) const
+{
+    return !m_tracks.at(static_cast<std::size_t>(track)).empty;
+}
+
+MediaTime FragmentMuxer::end() const
+{
+    MediaTime end = MediaTime::zero();
+    for (const auto &track : m_tracks) {
+        end = std::max(end, timeFrom(track.latest, track.timeBase));
+        if (track.waiting) {
+            end = std::max(end, timeFrom(track.waiting->pts, track.timeBase) + kLastPictureDuration);
+        }
+    }
+    return end;
+}
+
+void setTransform(AVStream &stream, const std::optional<TrackTransform> &transform)
+{
+    if (!transform) {
+        return;
+    }
+    auto *data = av_stream_new_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, sizeof(TrackTransform));
+    if (data == nullptr) {
+        throw std::bad_alloc();
+    }
+    std::memcpy(data, transform->data(), sizeof(TrackTransform));
+}
+
+} // namespace zivra::desktop

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "desktop/media/FFmpegHandles.h"
+#include "platform/MovieWriter.h"
+
+#include <chrono>
+#include <optional>
+#include <vector>
+
+namespace zivra::desktop {
+
+class FileSink;
+
+/// Puts the packets of all tracks into a fragmented movie file (ISO/IEC 14496-12, movie fragments):
+/// after each `flush()` the file plays as far as it goes. Used by one thread at a time. Failed writes
+/// show in the sink; everything else that fails throws `PlatformError`.
+class FragmentMuxer {
+public:
+    FragmentMuxer(FileSink &sink, MovieFileType type);
+
+    /// `timeBase` is that of the packets to come. Returns the track's number, from 0.
+    int addTrack(const AVCodecParameters &parameters, AVRational timeBase,
+                 const std::optional<TrackTransform> &transform);
+    /// After the last track.
+    void start();
+
+    /// Times are in the track's time base, in decoding order. A packet without a duration lasts until the
+    /// next one of its track: it waits for that, or for a flush that finds it old enough.
+    void write(int track, PacketPtr packet);
+    /// Makes everything written so far a fragment and hands it to the kernel.
+    void flush();
+    /// The same for the packets that still wait; the file is complete then.
+    void finish();
+
+    [[nodiscard]] bool hasPackets(int track) const;
+    [[nodiscard]] bool hasFragment() const { return m_hasFragment; }
+    /// Since the last flush, in bytes.
+    [[nodiscard]] std::int64_t unflushedSize() const { return m_unflushedSize; }
+    /// Where the latest packet of all tracks ends, on the movie's timeline.
+    [[nodiscard]] MediaTime end() const;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    struct Track {
+        AVRational timeBase;
+        PacketPtr waiting; ///< has no duration yet
+        Clock::time_point waitingSince;
+        bool startsFragment = true;
+        bool empty = true;
+        std::int64_t end = 0;    ///< decoding time at which the last written packet ends
+        std::int64_t latest = 0; ///< presentation time at which a packet ends at the latest
+    };
+
+    void releaseWaiting(Track &track, std::int64_t duration);
+    void mux(Track &track, PacketPtr packet);
+
+    FileSink &m_sink;
+    OutputContextPtr m_context;
+    std::vector<Track> m_tracks;
+    std::int64_t m_unflushedSize = 0;
+    bool m_hasFragment = false;
+};
+
+/// Sets what players need to show a track turned or mirrored.
+void setTransform(AVStream &stream, const std::optional<TrackTransform> &transform);
+
+} // namespace zivra::desktop

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "desktop/media/FFmpegHandles.h"
+#include "platform/MovieWriter.h"
+
+#include <functional>
+#include <optional>
+
+namespace zivra::desktop {
+
+/// One track's way from samples to packets. Made, opened and asked what it accepts by the writer's
+/// caller; after that `encode` and what follows run on the writer's thread alone. Throws `PlatformError`.
+class TrackEncoder {
+public:
+    /// Takes the packets in decoding order, in `timeBase()`. No duration: until the next packet.
+    using PacketSink = std::function<void(PacketPtr)>;
+
+    virtual ~TrackEncoder() = default;
+
+    virtual void open(bool realTime, PacketSink sink) = 0;
+    [[nodiscard]] virtual const AVCodecParameters &parameters() const = 0;
+    [[nodiscard]] virtual AVRational timeBase() const = 0;
+    [[nodiscard]] virtual std::optional<TrackTransform> transform() const { return std::nullopt; }
+
+    /// May be called from any thread.
+    [[nodiscard]] virtual bool accepts(const MediaSample &sample) const = 0;
+
+    /// `time` is the sample's presentation time on the movie's timeline.
+    virtual void encode(const MediaSample &sample, MediaTime time) = 0;
+    /// Lets a track that has got nothing so far go on until `time` without content, as far as its medium can.
+    virtual void fillUntil(MediaTime time) = 0;
+    /// Gives out what is still inside.
+    virtual void finish() = 0;
+};
+
+/// Sends one frame, or the end of all when null, and passes on the packets that come out.
+void encodeFrame(AVCodecContext &codec, const AVFrame *frame, const TrackEncoder::PacketSink &sink);
+
+} // namespace zivra::desktop

@@ -1,0 +1,170 @@
+#include "desktop/media/WriterWorker.h"
+
+#include "platform/PlatformError.h"
+
+#include <QFile>
+
+#include <algorithm>
+
+namespace zivra::desktop {
+
+namespace {
+
+constexpr std::chrono::seconds kFlushInterval{1};
+constexpr std::int64_t kMaxUnflushedSize = 8 << 20; // bytes
+/// Enough silence for every encoder to give out a packet.
+constexpr MediaTime kOpeningSilence = MediaTime::fromMilliseconds(100);
+
+} // namespace
+
+WriterWorker::WriterWorker(const QString &path, MovieFileType type, const Tracks &tracks,
+                           SampleIntake &intake, Events events)
+    : m_tracks(tracks),
+      m_intake(intake),
+      m_events(std::move(events)),
+      m_sink(path),
+      m_muxer(m_sink, type)
+{
+    try {
+        openTracks();
+    } catch (...) {
+        QFile::remove(path); // made a moment ago, of no use to anyone
+        throw;
+    }
+}
+
+void WriterWorker::openTracks()
+{
+    for (std::size_t i = 0; i < m_tracks.size(); ++i) {
+        auto &track = *m_tracks[i];
+        track.open(m_intake.isRealTime(i), [this, number = static_cast<int>(i)](PacketPtr packet) {
+            m_muxer.write(number, std::move(packet));
+        });
+        m_muxer.addTrack(track.parameters(), track.timeBase(), track.transform());
+    }
+    m_muxer.start();
+}
+
+bool WriterWorker::run()
+{
+    m_nextFlush = Clock::now() + kFlushInterval;
+    for (;;) {
+        const auto event = m_intake.take(m_nextFlush);
+        if (std::holds_alternative<SampleIntake::Stopped>(event)) {
+            m_sink.discardFurtherData();
+            return false;
+        }
+        if (std::holds_alternative<SampleIntake::Drained>(event)) {
+            complete();
+            return !m_failed;
+        }
+        guarded([&] {
+            if (const auto *taken = std::get_if<SampleIntake::Sample>(&event)) {
+                process(*taken);
+            }
+            flushIfDue();
+        });
+    }
+}
+
+/// Runs one step of the work, unless the file takes no more.
+template <typename Work>
+void WriterWorker::guarded(Work work)
+{
+    if (m_failed || m_interrupted) {
+        m_nextFlush = Clock::time_point::max();
+        return;
+    }
+    try {
+        work();
+        checkSink();
+    } catch (...) {
+        fail(std::current_exception());
+    }
+}
+
+void WriterWorker::process(const SampleIntake::Sample &taken)
+{
+    if (!m_started) {
+        m_started = true;
+        m_nextFlush = Clock::now() + kFlushInterval;
+    }
+    m_tracks[taken.lane]->encode(taken.sample, taken.sample.presentationTime() - m_sessionStart);
+}
+
+void WriterWorker::flushIfDue()
+{
+    const auto now = Clock::now();
+    if (now >= m_nextFlush) {
+        m_nextFlush = now + kFlushInterval;
+        if (m_muxer.hasFragment() || prepareFirstFlush()) {
+            m_muxer.flush();
+        }
+    } else if (m_muxer.hasFragment() ? m_muxer.unflushedSize() > kMaxUnflushedSize : allTracksHavePackets()) {
+        m_muxer.flush();
+    }
+}
+
+bool WriterWorker::allTracksHavePackets() const
+{
+    for (std::size_t i = 0; i < m_tracks.size(); ++i) {
+        if (!m_muxer.hasPackets(static_cast<int>(i))) {
+            return false;
+        }
+    }
+    return m_started;
+}
+
+/// The first flush tells where each track starts. Sound that has not come by now starts with silence; false
+/// when a track is still to come that cannot do without its first sample.
+bool WriterWorker::prepareFirstFlush()
+{
+    for (std::size_t i = 0; m_started && i < m_tracks.size(); ++i) {
+        if (m_muxer.hasPackets(static_cast<int>(i))) {
+            continue;
+        }
+        if (m_intake.isRealTime(i)) {
+            m_tracks[i]->fillUntil(kOpeningSilence);
+        } else if (!m_intake.isFinished(i)) {
+            return false;
+        }
+    }
+    return m_started;
+}
+
+void WriterWorker::complete()
+{
+    guarded([&] {
+        for (const auto &track : m_tracks) {
+            track->fillUntil(m_muxer.end());
+        }
+        for (const auto &track : m_tracks) {
+            track->finish();
+        }
+        m_muxer.finish();
+    });
+    m_sink.close();
+    if (!m_failed && !m_muxer.hasFragment()) {
+        fail(std::make_exception_ptr(PlatformError(m_interrupted ? writeFailureText(m_sink.failure())
+                                                                 : QStringLiteral("Nothing was recorded."))));
+    }
+}
+
+void WriterWorker::checkSink()
+{
+    if (m_sink.failure() != 0) {
+        m_interrupted = true;
+        if (m_events.interrupted) {
+            m_events.interrupted(std::make_exception_ptr(PlatformError(writeFailureText(m_sink.failure()))));
+        }
+    }
+}
+
+void WriterWorker::fail(std::exception_ptr error)
+{
+    m_failed = true;
+    m_events.failed(std::move(error));
+    m_intake.fail();
+}
+
+} // namespace zivra::desktop

@@ -1,0 +1,248 @@
+#include "desktop/media/FFmpegMovieWriter.h"
+#include "desktop/media/MovieProbe.h"
+#include "desktop/media/TestMovie.h"
+#include "platform/PlatformError.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace zivra::test {
+
+using desktop::FFmpegMovieWriter;
+
+namespace {
+
+MovieProbe::Picture last(const MovieProbe &probe)
+{
+    return probe.pictures.back();
+}
+
+/// Real-time writing at the pace of the clock until `seconds`: pictures 30 times a second, sound in
+/// blocks of 100 ms with a click each second.
+void writeLive(FFmpegMovieWriter &writer, double seconds)
+{
+    auto &video = writer.addVideoInput(videoSettings());
+    auto &audio = writer.addAudioInput({});
+    video.setExpectsMediaDataInRealTime(true);
+    audio.setExpectsMediaDataInRealTime(true);
+    ASSERT_TRUE(writer.startWriting()) << errorText(writer.error()).toStdString();
+    writer.startSession(kSessionStart);
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < int(seconds * 30); ++i) {
+        video.append(numberedFrame(i, i / 30.0));
+        if (i % 3 == 0) {
+            audio.append(soundBlock(i / 30.0, 0.1, {.toneLevel = 0.1F, .clicks = {1, 2, 3, 4, 5, 6}}));
+        }
+        std::this_thread::sleep_until(start + std::chrono::milliseconds(i * 1000 / 30));
+    }
+}
+
+} // namespace
+
+class MovieWriterFileType : public testing::TestWithParam<std::tuple<MovieFileType, VideoCodec>> {};
+
+TEST_P(MovieWriterFileType, KeepsPicturesSoundAndColoursInTheirPlaces)
+{
+    const auto [type, codec] = GetParam();
+    const MovieFolder folder;
+    const auto url = folder.url("movie");
+    FFmpegMovieWriter writer(url, type);
+    auto &video = writer.addVideoInput(videoSettings(codec));
+    auto &audio = writer.addAudioInput({});
+    ASSERT_TRUE(writer.startWriting());
+    writer.startSession(kSessionStart);
+    std::vector<double> times;
+    for (int i = 0; i < 90; ++i) {
+        times.push_back(i / 30.0 + (i % 3 == 1 ? 0.007 : 0)); // an uneven pace
+        appendWhenReady(video, numberedFrame(i, times.back()));
+        if (i % 3 == 0) {
+            appendWhenReady(audio, soundBlock(i / 30.0, 0.1, {.clicks = {0.5, 2.5}}));
+        }
+    }
+    EXPECT_FALSE(video.append(numberedFrame(99, 4, kWidth / 2))) << "a frame of another size";
+    video.markAsFinished();
+    EXPECT_FALSE(video.append(numberedFrame(99, 4)));
+    writer.finishWriting().waitForFinished();
+    ASSERT_EQ(writer.status(), MovieWriter::Status::Completed) << errorText(writer.error()).toStdString();
+
+    const MovieProbe probe(url);
+    ASSERT_EQ(probe.pictures.size(), times.size());
+    for (std::size_t i = 0; i < times.size(); ++i) {
+        EXPECT_EQ(probe.pictures[i].number, int(i));
+        EXPECT_NEAR(probe.pictures[i].time, times[i], 0.00002);
+    }
+    EXPECT_NEAR(probe.duration, 3, 0.01);
+    EXPECT_DOUBLE_EQ(probe.firstTime, 0);
+    EXPECT_EQ(probe.videoTag, codec == VideoCodec::Hevc ? "hvc1 tv smpte170m bt709 iec61966-2-1"
+                                                        : "avc1 tv smpte170m bt709 iec61966-2-1");
+    const auto clicks = probe.sounds.at(0).clicks();
+    ASSERT_EQ(clicks.size(), 2U);
+    EXPECT_NEAR(clicks[0], 0.5, 0.0005);
+    EXPECT_NEAR(clicks[1], 2.5, 0.0005);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, MovieWriterFileType,
+                         testing::Combine(testing::Values(MovieFileType::Mpeg4, MovieFileType::QuickTime),
+                                          testing::Values(VideoCodec::H264, VideoCodec::Hevc)));
+
+/// Sound at any time, in any format: late, before the start, with a gap and an overlap.
+TEST(MovieWriter, PutsEverySoundWhereItBelongs)
+{
+    const MovieFolder folder;
+    FFmpegMovieWriter writer(folder.url("movie.mp4"), MovieFileType::Mpeg4);
+    auto &early = writer.addAudioInput({});
+    auto &late = writer.addAudioInput({});
+    auto &silent = writer.addAudioInput({});
+    for (auto *input : {&early, &late, &silent}) {
+        input->setExpectsMediaDataInRealTime(true);
+    }
+    ASSERT_TRUE(writer.startWriting());
+    writer.startSession(kSessionStart);
+    const SoundOptions earlyClicks{.clicks = {0.05, 1.0, 1.45}};
+    early.append(soundBlock(-0.3, 0.2, earlyClicks));
+    early.append(soundBlock(-0.1, 0.3, earlyClicks));        // its first third lies before the start
+    early.append(soundBlock(0.2 + 0.004, 0.2, earlyClicks)); // a deviation that does not matter
+    early.append(soundBlock(0.9, 0.2, earlyClicks));         // after a gap
+    early.append(soundBlock(1.0, 0.5, earlyClicks));         // overlaps by 100 ms
+    const SoundOptions mono{
+        .format = {.sampleRate = 44100, .channels = 1}, .toneLevel = 0, .clicks = {0.75, 1.2}};
+    late.append(soundBlock(0.7, 0.3, mono));
+    late.append(soundBlock(1.0, 0.3, mono));
+    writer.finishWriting().waitForFinished();
+    ASSERT_EQ(writer.status(), MovieWriter::Status::Completed);
+
+    const MovieProbe probe(folder.url("movie.mp4"));
+    ASSERT_EQ(probe.sounds.size(), 3U);
+    const auto expectClicks = [&](std::size_t track, const std::vector<double> &expected) {
+        const auto clicks = probe.sounds[track].clicks(0.2F);
+        ASSERT_EQ(clicks.size(), expected.size());
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            EXPECT_NEAR(clicks[i], expected[i], 0.001);
+        }
+        EXPECT_DOUBLE_EQ(probe.sounds[track].start, 0);
+        EXPECT_EQ(probe.sounds[track].channels, 2);
+    };
+    expectClicks(0, {0.05, 1.0, 1.45});
+    expectClicks(1, {0.75, 1.2});
+    expectClicks(2, {});
+    EXPECT_NEAR(probe.sounds[0].end(), 1.5, 0.03);
+    EXPECT_NEAR(probe.sounds[1].end(), 1.3, 0.03);
+}
+
+TEST(MovieWriter, SurvivesTheEndOfTheProcess)
+{
+    for (const auto type : {MovieFileType::Mpeg4, MovieFileType::QuickTime}) {
+        const MovieFolder folder;
+        const auto url = folder.url("movie");
+        const pid_t child = fork();
+        if (child == 0) {
+            FFmpegMovieWriter writer(url, type);
+            writeLive(writer, 30);
+            _exit(0);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(3900));
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+
+        const MovieProbe probe(url);
+        ASSERT_FALSE(probe.pictures.empty());
+        EXPECT_GT(last(probe).time, 2.5);
+        EXPECT_GT(probe.sounds.at(0).end(), 2.5);
+        const auto clicks = probe.sounds[0].clicks();
+        ASSERT_GE(clicks.size(), 2U);
+        EXPECT_NEAR(clicks[1], 2, 0.001);
+        EXPECT_NEAR(probe.pictures[60].time, 2, 0.001);
+        EXPECT_EQ(probe.pictures[60].number, 60);
+    }
+}
+
+/// Nothing changes on the screen for seconds and no sound comes: what there is gets to the disk all the
+/// same, and the next picture keeps its time. An unfinished writer can be dropped at any moment.
+TEST(MovieWriter, FlushesAStillScreen)
+{
+    const MovieFolder folder;
+    const auto url = folder.url("movie.mov");
+    {
+        FFmpegMovieWriter writer(url, MovieFileType::QuickTime);
+        auto &video = writer.addVideoInput(videoSettings());
+        auto &audio = writer.addAudioInput({});
+        video.setExpectsMediaDataInRealTime(true);
+        audio.setExpectsMediaDataInRealTime(true);
+        ASSERT_TRUE(writer.startWriting());
+        writer.startSession(kSessionStart);
+        video.append(numberedFrame(1, 0));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+        EXPECT_EQ(MovieProbe(url).pictures.size(), 1U);
+        video.append(numberedFrame(2, 1.5));
+        video.append(numberedFrame(3, 1.6));
+        audio.append(soundBlock(1.5, 0.2, {.clicks = {1.55}}));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1300));
+        video.append(numberedFrame(4, 2.9));
+    }
+    const MovieProbe probe(url);
+    ASSERT_GE(probe.pictures.size(), 3U);
+    EXPECT_NEAR(probe.pictures[1].time, 1.5, 0.001);
+    EXPECT_NEAR(probe.pictures[2].time, 1.6, 0.001);
+    EXPECT_EQ(probe.pictures[2].number, 3);
+    ASSERT_EQ(probe.sounds.at(0).clicks().size(), 1U);
+    EXPECT_NEAR(probe.sounds[0].clicks()[0], 1.55, 0.001);
+}
+
+TEST(MovieWriter, SaysWhyAFileCannotBeMade)
+{
+    const MovieFolder folder;
+    const auto url = folder.url("movie.mp4");
+    QFile existing(url.toLocalFile());
+    ASSERT_TRUE(existing.open(QIODevice::WriteOnly));
+    existing.write("mine");
+    existing.close();
+    const auto errorFor = [](const QUrl &target) {
+        FFmpegMovieWriter writer(target, MovieFileType::Mpeg4);
+        writer.addVideoInput(videoSettings());
+        EXPECT_FALSE(writer.startWriting());
+        EXPECT_EQ(writer.status(), MovieWriter::Status::Failed);
+        return errorText(writer.error());
+    };
+    EXPECT_TRUE(errorFor(url).contains(QStringLiteral("“movie.mp4” already exists")));
+    ASSERT_TRUE(existing.open(QIODevice::ReadOnly));
+    EXPECT_EQ(existing.readAll(), "mine");
+    EXPECT_TRUE(errorFor(folder.url("none/movie.mp4")).contains(QStringLiteral("No such file or directory")));
+}
+
+/// A limit on the size of files stands in for a full disk: writes fail in the middle in the same way.
+TEST(MovieWriter, FinishesWithWhatFitsOnAFullDisk)
+{
+    const MovieFolder folder;
+    const auto url = folder.url("movie.mp4");
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit unlimited{};
+    getrlimit(RLIMIT_FSIZE, &unlimited);
+    const rlimit limit{100'000, unlimited.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    FFmpegMovieWriter writer(url, MovieFileType::Mpeg4);
+    std::atomic<int> interruptions = 0;
+    writer.setInterruptionHandler([&](const std::exception_ptr &error) {
+        EXPECT_FALSE(errorText(error).isEmpty());
+        ++interruptions;
+    });
+    writeLive(writer, 5);
+    EXPECT_EQ(interruptions, 1);
+    EXPECT_EQ(writer.status(), MovieWriter::Status::Writing);
+    writer.finishWriting().waitForFinished();
+    setrlimit(RLIMIT_FSIZE, &unlimited);
+    EXPECT_EQ(writer.status(), MovieWriter::Status::Completed);
+
+    const MovieProbe probe(url);
+    ASSERT_FALSE(probe.pictures.empty());
+    EXPECT_LT(last(probe).time, 4.9);
+    EXPECT_GT(probe.sounds.at(0).end(), 0.5);
+    EXPECT_EQ(interruptions, 1);
+}
+
+} // namespace zivra::test
