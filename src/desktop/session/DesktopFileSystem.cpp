@@ -1,6 +1,8 @@
 #include "desktop/session/DesktopFileSystem.h"
 
 #include "desktop/session/CreationDate.h"
+#include "desktop/session/PosixFiles.h"
+#include "desktop/session/Trash.h"
 #include "platform/PlatformError.h"
 
 #include <QDir>
@@ -19,28 +21,6 @@ namespace zivra::desktop {
 
 namespace {
 
-/// An open file descriptor.
-class OpenFile {
-public:
-    OpenFile(const QByteArray &path, int flags, mode_t mode = 0)
-        : m_descriptor(::open(path.constData(), flags | O_CLOEXEC, mode))
-    {
-    }
-    ~OpenFile()
-    {
-        if (isOpen()) {
-            ::close(m_descriptor);
-        }
-    }
-    Q_DISABLE_COPY_MOVE(OpenFile)
-
-    [[nodiscard]] bool isOpen() const { return m_descriptor >= 0; }
-    [[nodiscard]] int descriptor() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
-
 QByteArray nativePath(const QUrl &url)
 {
     return QFile::encodeName(url.toLocalFile());
@@ -55,31 +35,6 @@ QByteArray nativePath(const QUrl &url)
 [[noreturn]] void failWithErrno(const QUrl &file, const QString &what)
 {
     fail(file, what, qt_error_string(errno));
-}
-
-/// Renames without overwriting where the file system can't do that in one step: the name is taken first,
-/// by an empty file of ours, which the rename then replaces.
-bool renameOverPlaceholder(const QByteArray &from, const QByteArray &to)
-{
-    if (!OpenFile(to, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR).isOpen()) {
-        return false;
-    }
-    if (std::rename(from.constData(), to.constData()) == 0) {
-        return true;
-    }
-    const auto error = errno;
-    ::unlink(to.constData());
-    errno = error;
-    return false;
-}
-
-bool renameWithoutOverwriting(const QByteArray &from, const QByteArray &to)
-{
-    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0) {
-        return true;
-    }
-    const bool unsupported = errno == EINVAL || errno == ENOSYS;
-    return unsupported && renameOverPlaceholder(from, to);
 }
 
 void syncFolder(const QUrl &file)
@@ -119,9 +74,8 @@ void DesktopFileSystem::moveItem(const QUrl &from, const QUrl &to)
 
 void DesktopFileSystem::trashItem(const QUrl &file)
 {
-    QFile item(file.toLocalFile());
-    if (!item.moveToTrash()) {
-        fail(file, QStringLiteral("moved to the trash"), item.errorString());
+    if (const auto error = moveToTrash(file.toLocalFile())) {
+        fail(file, QStringLiteral("moved to the trash"), QString::fromStdString(error.message()));
     }
 }
 

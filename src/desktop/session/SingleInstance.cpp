@@ -6,8 +6,6 @@
 #include <QDBusMessage>
 #include <QDBusReply>
 
-#include <memory>
-
 namespace zivra::desktop {
 
 namespace {
@@ -20,10 +18,10 @@ const auto interfaceName = QStringLiteral("org.freedesktop.Application");
 
 } // namespace
 
-SingleInstance::SingleInstance(QDBusConnection bus) : m_bus(std::move(bus))
+SingleInstance::SingleInstance(QDBusConnection bus)
+    : m_bus(std::move(bus)),
+      m_adaptor(std::make_unique<ApplicationAdaptor>(this))
 {
-    // Owned by this object, as Qt's children are; it answers as soon as the object is on the bus.
-    std::make_unique<ApplicationAdaptor>(this).release();
 }
 
 SingleInstance::~SingleInstance()

@@ -6,8 +6,11 @@
 #include <QUrl>
 
 #include <functional>
+#include <memory>
 
 namespace zivra::desktop {
+
+class ApplicationAdaptor;
 
 /// Sees to one resident program in a session, and hands what a second one was started for to the first.
 /// Main thread only.
@@ -49,6 +52,7 @@ private:
     void open(const QList<QUrl> &urls);
 
     QDBusConnection m_bus;
+    std::unique_ptr<ApplicationAdaptor> m_adaptor; ///< answers wherever this object is on the bus
     std::function<void()> m_activate;
     std::function<void(const QList<QUrl> &)> m_open;
     bool m_isPrimary = false;

@@ -20,7 +20,6 @@ TrayStatusItem::TrayStatusItem() : m_tint(presumedTrayTint())
     m_backdropTimer.setInterval(150ms);
     connect(&m_backdropTimer, &QTimer::timeout, this, &TrayStatusItem::matchBackdrop);
     connect(&m_trayIcon, &QSystemTrayIcon::activated, this, &TrayStatusItem::activated);
-    connect(&m_menu, &QMenu::aboutToShow, this, &TrayStatusItem::fillMenu);
     QTimer::singleShot(0, this, [this] {
         updateIcon();
         m_trayIcon.show();
@@ -52,8 +51,8 @@ void TrayStatusItem::setClickHandler(std::function<void()> handler)
 
 void TrayStatusItem::setMenuProvider(std::function<std::vector<MenuItem>()> provider)
 {
-    m_menuProvider = std::move(provider);
-    m_trayIcon.setContextMenu(m_menuProvider ? &m_menu : nullptr);
+    m_menu.setProvider(std::move(provider));
+    m_trayIcon.setContextMenu(&m_menu);
 }
 
 std::optional<QRectF> TrayStatusItem::frame() const
@@ -90,7 +89,8 @@ void TrayStatusItem::matchBackdrop()
 
 void TrayStatusItem::activated(QSystemTrayIcon::ActivationReason reason)
 {
-    if (reason != QSystemTrayIcon::Trigger) {
+    // The second of two quick clicks is told as a double click: it counts like any other.
+    if (reason != QSystemTrayIcon::Trigger && reason != QSystemTrayIcon::DoubleClick) {
         return;
     }
     // An XEmbed icon triggers when the button goes down, a StatusNotifier host when the click is complete.
@@ -106,28 +106,6 @@ void TrayStatusItem::click()
 {
     if (m_clickHandler) {
         m_clickHandler();
-    }
-}
-
-void TrayStatusItem::fillMenu()
-{
-    m_menu.clear();
-    if (!m_menuProvider) {
-        return;
-    }
-    for (const auto &item : m_menuProvider()) {
-        if (item.title.isEmpty()) {
-            m_menu.addSeparator();
-            continue;
-        }
-        auto *action = m_menu.addAction(item.title);
-        if (!item.keyEquivalent.isEmpty()) {
-            action->setShortcut(QKeySequence(QStringLiteral("Ctrl+") + item.keyEquivalent.toUpper()));
-            action->setShortcutVisibleInContextMenu(true);
-        }
-        if (item.action) {
-            connect(action, &QAction::triggered, this, item.action);
-        }
     }
 }
 

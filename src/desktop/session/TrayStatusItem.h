@@ -1,8 +1,8 @@
 #pragma once
 
+#include "desktop/session/StatusMenu.h"
 #include "platform/StatusItem.h"
 
-#include <QMenu>
 #include <QObject>
 #include <QSystemTrayIcon>
 #include <QTimer>
@@ -34,15 +34,13 @@ private:
     void matchBackdrop();
     void activated(QSystemTrayIcon::ActivationReason reason);
     void click();
-    void fillMenu();
 
     std::function<void()> m_clickHandler;
-    std::function<std::vector<MenuItem>()> m_menuProvider;
     StatusGlyph m_glyph = StatusGlyph::Idle;
     QColor m_tint;
     bool m_isPressed = false;
     QTimer m_backdropTimer;
-    QMenu m_menu;
+    StatusMenu m_menu;
     QSystemTrayIcon m_trayIcon;
 };
 
