@@ -1,0 +1,153 @@
+#include "desktop/x11/X11HotKeys.h"
+
+#include "Eventually.h"
+#include "TestClient.h"
+#include "desktop/x11/AppleKeyCodes.h"
+
+#include <QProcess>
+#include <QStringList>
+
+#include <gtest/gtest.h>
+#include <xcb/xcb_keysyms.h>
+
+namespace zivra::desktop {
+namespace {
+
+using namespace std::chrono_literals;
+
+// HIToolbox/Events.h.
+constexpr std::uint32_t kKeyR = 0x0F;
+constexpr std::uint32_t kKey5 = 0x17;
+constexpr std::uint32_t kCommand = 0x0100;
+constexpr std::uint32_t kShift = 0x0200;
+constexpr std::uint32_t kOption = 0x0800;
+constexpr std::uint32_t kControl = 0x1000;
+
+// Of the R key on the X server.
+constexpr xcb_keycode_t kXKeyR = 27;
+constexpr std::uint16_t kControlAlt = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1;
+
+void xdotool(const QStringList &arguments)
+{
+    ASSERT_EQ(QProcess::execute("xdotool", arguments), 0);
+}
+
+class X11HotKeysTest : public ::testing::Test {
+protected:
+    X11HotKeysTest()
+    {
+        hotKeys.setPressHandler([this](std::uint32_t id) { pressed.push_back(id); });
+    }
+    /// Whether each time the same hot key, and no other, comes once.
+    [[nodiscard]] bool firesOnce(const QString &keys, std::uint32_t id)
+    {
+        pressed.clear();
+        xdotool({"key", keys});
+        const bool came = eventually([&] { return !pressed.empty(); });
+        passTime(30ms);
+        return came && pressed == std::vector{id};
+    }
+    [[nodiscard]] bool staysSilent(const QString &keys)
+    {
+        pressed.clear();
+        xdotool({"key", keys});
+        passTime(100ms);
+        return pressed.empty();
+    }
+
+    std::vector<std::uint32_t> pressed;
+    X11HotKeys hotKeys;
+    TestClient other;
+};
+
+TEST_F(X11HotKeysTest, FiresForItsCombinationAloneWhateverTheLocksAre)
+{
+    ASSERT_TRUE(hotKeys.registerHotKey(kKeyR, kControl | kOption, 7));
+    ASSERT_TRUE(hotKeys.registerHotKey(kKey5, kCommand | kShift, 8));
+    EXPECT_TRUE(firesOnce("ctrl+alt+r", 7));
+    EXPECT_TRUE(firesOnce("super+shift+5", 8));
+    EXPECT_TRUE(staysSilent("ctrl+r"));
+    EXPECT_TRUE(staysSilent("ctrl+alt+shift+r"));
+    for (const char *lock : {"Num_Lock", "Caps_Lock", "Num_Lock", "Caps_Lock"}) { // on, on, off, off
+        xdotool({"key", lock});
+        EXPECT_TRUE(firesOnce("ctrl+alt+r", 7)) << lock;
+    }
+}
+
+TEST_F(X11HotKeysTest, FiresOnceForAHeldKey)
+{
+    ASSERT_TRUE(hotKeys.registerHotKey(kKeyR, kControl | kOption, 7));
+    QProcess::execute("xset", {"r", "rate", "100", "50"});
+    xdotool({"keydown", "ctrl", "keydown", "alt", "keydown", "r"});
+    passTime(600ms);
+    EXPECT_EQ(pressed.size(), 1);
+    xdotool({"keyup", "r", "keydown", "r", "keyup", "r", "keyup", "alt", "keyup", "ctrl"});
+    EXPECT_TRUE(eventually([&] { return pressed.size() == 2; }));
+}
+
+TEST_F(X11HotKeysTest, TakesAllOrNothing)
+{
+    constexpr std::uint16_t kNumLock = XCB_MOD_MASK_2;
+    ASSERT_TRUE(other.grabKey(kXKeyR, kControlAlt | kNumLock));
+    EXPECT_FALSE(hotKeys.registerHotKey(kKeyR, kControl | kOption, 1));
+    {
+        const TestClient third;
+        EXPECT_TRUE(third.grabKey(kXKeyR, kControlAlt)) << "the other variants were not given back";
+    }
+    other.ungrabKey(kXKeyR);
+    ASSERT_TRUE(eventually([&] { return other.grabKey(kXKeyR, kControlAlt); })); // the third has gone
+    other.ungrabKey(kXKeyR);
+
+    const auto reference = hotKeys.registerHotKey(kKeyR, kControl | kOption, 1);
+    ASSERT_TRUE(reference);
+    EXPECT_FALSE(hotKeys.registerHotKey(kKeyR, kControl | kOption, 2)) << "taken by ourselves";
+    EXPECT_FALSE(hotKeys.registerHotKey(0xFFFF, kControl | kOption, 3)) << "no such key";
+    EXPECT_TRUE(firesOnce("ctrl+alt+r", 1));
+
+    hotKeys.unregisterHotKey(*reference);
+    EXPECT_TRUE(staysSilent("ctrl+alt+r"));
+    EXPECT_TRUE(other.grabKey(kXKeyR, kControlAlt));
+    hotKeys.unregisterHotKey(*reference);
+}
+
+TEST_F(X11HotKeysTest, FollowsTheLayout)
+{
+    ASSERT_TRUE(hotKeys.registerHotKey(kKeyR, kCommand, 5));
+    EXPECT_TRUE(firesOnce("super+r", 5));
+    const auto exchange = [](const char *from, const char *to) {
+        QProcess::execute("xmodmap", {"-e", QString("remove %1 = Super_L Super_R Hyper_L").arg(from), "-e",
+                                      QString("add %1 = Super_L Super_R").arg(to)});
+    };
+    exchange("Mod4", "Mod3");
+    EXPECT_TRUE(eventually([&] { return other.grabKey(kXKeyR, XCB_MOD_MASK_4); }));
+    EXPECT_TRUE(firesOnce("super+r", 5));
+    other.ungrabKey(kXKeyR);
+    exchange("Mod3", "Mod4");
+    EXPECT_TRUE(eventually([&] { return other.grabKey(kXKeyR, XCB_MOD_MASK_3); }));
+    EXPECT_TRUE(firesOnce("super+r", 5));
+}
+
+TEST_F(X11HotKeysTest, FindsEachPlaceOnAnAmericanKeyboard)
+{
+    const std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(
+        xcb_key_symbols_alloc(other.connection().get()), xcb_key_symbols_free);
+    const auto symbolAt = [&](std::uint32_t appleKeyCode) {
+        return xcb_key_symbols_get_keysym(symbols.get(), xKeyCode(appleKeyCode).value_or(0), 0);
+    };
+    // What Apple's key codes print, from 0 on; a blank stands for a key that prints nothing here.
+    const std::string_view printed = "asdfhgzxcv bqweryt123465=97-80]ou[ip lj'k;\\,/nm.";
+    for (std::uint32_t code = 0; code < printed.size(); ++code) {
+        if (printed[code] != ' ') {
+            EXPECT_EQ(symbolAt(code), static_cast<xcb_keysym_t>(printed[code])) << code;
+        }
+    }
+    // F1 to F12 have consecutive symbols from 0xFFBE on.
+    const std::array<std::uint32_t, 12> functionKeys{0x7A, 0x78, 0x63, 0x76, 0x60, 0x61,
+                                                     0x62, 0x64, 0x65, 0x6D, 0x67, 0x6F};
+    for (std::size_t index = 0; index < functionKeys.size(); ++index) {
+        EXPECT_EQ(symbolAt(functionKeys.at(index)), 0xFFBE + index);
+    }
+}
+
+} // namespace
+} // namespace zivra::desktop
