@@ -6,8 +6,14 @@
 #include <QCoroTask>
 #include <QElapsedTimer>
 
+#include <exception>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <stdexcept>
+#include <type_traits>
+#include <utility>
+#include <variant>
 
 namespace zivra::test {
 
@@ -41,12 +47,42 @@ inline void settle(ManualQueueFactory *queues = nullptr)
     }
 }
 
-/// The task's result; throws what it throws.
+/// How a task has ended: neither is set before.
+template <typename T>
+struct TaskOutcome {
+    std::optional<std::conditional_t<std::is_void_v<T>, std::monostate, T>> value;
+    std::exception_ptr error;
+};
+
+template <typename T>
+QCoro::Task<> follow(QCoro::Task<T> task, std::shared_ptr<TaskOutcome<T>> outcome)
+{
+    try {
+        if constexpr (std::is_void_v<T>) {
+            co_await task;
+            outcome->value.emplace();
+        } else {
+            T value = co_await task;
+            outcome->value = std::move(value);
+        }
+    } catch (...) {
+        outcome->error = std::current_exception();
+    }
+}
+
+/// The task's result; throws what it throws. (`QCoro::waitFor` never returns from a task that throws.)
 template <typename T>
 T await(QCoro::Task<T> &&task, ManualQueueFactory *queues = nullptr)
 {
-    settleUntil([&] { return task.isReady(); }, queues);
-    return QCoro::waitFor(std::move(task));
+    const auto outcome = std::make_shared<TaskOutcome<T>>();
+    const auto following = follow(std::move(task), outcome);
+    settleUntil([&] { return outcome->value || outcome->error; }, queues);
+    if (outcome->error) {
+        std::rethrow_exception(outcome->error);
+    }
+    if constexpr (!std::is_void_v<T>) {
+        return std::move(*outcome->value);
+    }
 }
 
 } // namespace zivra::test
