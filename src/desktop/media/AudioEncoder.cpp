@@ -2,7 +2,6 @@
 
 #include "platform/PlatformError.h"
 
-#include <algorithm>
 #include <cmath>
 #include <new>
 
@@ -14,8 +13,8 @@ namespace zivra::desktop {
 
 namespace {
 
-constexpr int kFrameSize = 1024; ///< of AAC
-/// Blocks that are off by less follow each other without a break.
+constexpr int kFrameSize = 1024; // of AAC
+/// Real sources jitter by this much; what is more is a gap.
 constexpr double kTolerance = 0.010; // seconds
 const auto kSoundFailure = QStringLiteral("The sound can’t be encoded");
 
@@ -23,7 +22,8 @@ const auto kSoundFailure = QStringLiteral("The sound can’t be encoded");
 
 AudioEncoder::AudioEncoder(const AudioSettings &settings)
     : m_settings(settings),
-      m_rate(static_cast<int>(std::lround(settings.sampleRate)))
+      m_rate(static_cast<int>(std::lround(settings.sampleRate))),
+      m_timeline({.sampleRate = static_cast<double>(m_rate), .channels = settings.channels}, kTolerance)
 {
 }
 
@@ -49,7 +49,7 @@ void AudioEncoder::open(bool realTime, PacketSink sink)
 
     m_parameters = makeCodecParameters();
     checked(avcodec_parameters_from_context(m_parameters.get(), m_codec.get()), kSoundFailure);
-    m_parameters->initial_padding = 0; // see encodePending()
+    m_parameters->initial_padding = 0; // see encodeNext()
 }
 
 bool AudioEncoder::accepts(const MediaSample &sample) const
@@ -62,93 +62,45 @@ bool AudioEncoder::accepts(const MediaSample &sample) const
 void AudioEncoder::encode(const MediaSample &sample, MediaTime time)
 {
     const auto block = sample.audioBlock();
-    useFormat(block->format);
-    const auto skipped = leadingFramesToSkip(*block, ticksFrom(time, timeBase()));
-    if (skipped >= block->frameCount()) {
-        return;
-    }
-    m_hasSound = true;
-    m_resampler->convert(
-        std::span(block->samples).subspan(skipped * static_cast<std::size_t>(block->format.channels)),
-        m_pending);
+    m_timeline.add(block->samples, block->format, ticksFrom(time, timeBase()));
     encodeWholeFrames();
-}
-
-std::size_t AudioEncoder::leadingFramesToSkip(const AudioBlock &block, std::int64_t position)
-{
-    // The first block's place is kept exactly.
-    const auto tolerance = m_hasSound ? std::llround(kTolerance * m_rate) : 0;
-    const auto ahead = position - (framesWritten() + m_resampler->delay());
-    if (ahead > tolerance) {
-        m_resampler->drain(m_pending);
-        addSilence(position - framesWritten());
-    } else if (ahead < -tolerance) {
-        return static_cast<std::size_t>(
-            std::llround(static_cast<double>(-ahead) * block.format.sampleRate / m_rate));
-    }
-    return 0;
-}
-
-void AudioEncoder::useFormat(const AudioFormat &format)
-{
-    if (m_resampler && m_resampler->from() == format) {
-        return;
-    }
-    if (m_resampler) {
-        m_resampler->drain(m_pending);
-    }
-    m_resampler.emplace(format, AudioFormat{.sampleRate = double(m_rate), .channels = m_settings.channels});
 }
 
 void AudioEncoder::fillUntil(MediaTime time)
 {
-    if (!m_hasSound) {
-        addSilence(ticksFrom(time, timeBase()) - framesWritten());
-    }
-}
-
-void AudioEncoder::addSilence(std::int64_t frames)
-{
-    while (frames > 0) {
-        const auto count = std::min<std::int64_t>(frames, kFrameSize);
-        m_pending.resize(m_pending.size() + static_cast<std::size_t>(count * m_settings.channels));
+    if (!m_timeline.hasSound()) {
+        m_timeline.addSilenceUntil(ticksFrom(time, timeBase()));
         encodeWholeFrames();
-        frames -= count;
     }
-}
-
-std::int64_t AudioEncoder::framesWritten() const
-{
-    return m_framesEncoded + static_cast<std::int64_t>(m_pending.size()) / m_settings.channels;
 }
 
 void AudioEncoder::encodeWholeFrames()
 {
-    while (m_pending.size() >= static_cast<std::size_t>(kFrameSize * m_settings.channels)) {
-        encodePending(kFrameSize);
+    while (m_timeline.available() >= kFrameSize) {
+        encodeNext(kFrameSize);
     }
 }
 
-void AudioEncoder::encodePending(int frames)
+void AudioEncoder::encodeNext(int frames)
 {
     auto frame = makeFrame();
     frame->format = AV_SAMPLE_FMT_FLTP;
     frame->sample_rate = m_rate;
     frame->nb_samples = frames;
-    frame->pts = m_framesEncoded;
+    frame->pts = m_timeline.position();
     if (av_channel_layout_copy(&frame->ch_layout, &m_codec->ch_layout) < 0 ||
         av_frame_get_buffer(frame.get(), 0) < 0) {
         throw std::bad_alloc();
     }
     const int channels = m_settings.channels;
+    m_interleaved.resize(static_cast<std::size_t>(frames * channels));
+    m_timeline.read(m_interleaved);
     for (int channel = 0; channel < channels; ++channel) {
         auto *plane = reinterpret_cast<float *>(frame->extended_data[channel]);
         for (int i = 0; i < frames; ++i) {
-            plane[i] = m_pending[static_cast<std::size_t>(i * channels + channel)];
+            plane[i] = m_interleaved[static_cast<std::size_t>(i * channels + channel)];
         }
     }
-    m_pending.erase(m_pending.begin(), m_pending.begin() + frames * channels);
-    m_framesEncoded += frames;
     encodeFrame(*m_codec, frame.get(), [this](PacketPtr packet) {
         // The encoder primes itself with a packet that lies before the start. Fragmented files have no
         // sure way to hide it, so it is left out: the sound stays in its place everywhere, and its first
@@ -161,12 +113,10 @@ void AudioEncoder::encodePending(int frames)
 
 void AudioEncoder::finish()
 {
-    if (m_resampler) {
-        m_resampler->drain(m_pending);
-        encodeWholeFrames();
-    }
-    if (!m_pending.empty()) {
-        encodePending(static_cast<int>(m_pending.size()) / m_settings.channels);
+    m_timeline.drain();
+    encodeWholeFrames();
+    if (m_timeline.available() > 0) {
+        encodeNext(static_cast<int>(m_timeline.available()));
     }
     encodeFrame(*m_codec, nullptr, m_sink);
 }

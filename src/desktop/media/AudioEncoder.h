@@ -1,15 +1,11 @@
 #pragma once
 
-#include "desktop/media/Resampler.h"
+#include "desktop/media/SoundTimeline.h"
 #include "desktop/media/TrackEncoder.h"
-
-#include <optional>
-#include <vector>
 
 namespace zivra::desktop {
 
-/// Encodes blocks of sound as AAC. Time is counted in samples from the movie's start: gaps between
-/// blocks become silence, overlaps are cut, and deviations too small to matter are absorbed.
+/// Encodes blocks of sound, each at its time, as AAC.
 class AudioEncoder final : public TrackEncoder {
 public:
     explicit AudioEncoder(const AudioSettings &settings);
@@ -23,22 +19,16 @@ public:
     void finish() override;
 
 private:
-    [[nodiscard]] std::size_t leadingFramesToSkip(const AudioBlock &block, std::int64_t position);
-    void useFormat(const AudioFormat &format);
-    void addSilence(std::int64_t frames);
     void encodeWholeFrames();
-    void encodePending(int frames);
-    [[nodiscard]] std::int64_t framesWritten() const;
+    void encodeNext(int frames);
 
     const AudioSettings m_settings;
     const int m_rate; ///< frames a second
+    SoundTimeline m_timeline;
+    std::vector<float> m_interleaved; ///< one frame's worth, kept for its memory
     CodecContextPtr m_codec;
     CodecParametersPtr m_parameters;
     PacketSink m_sink;
-    std::optional<Resampler> m_resampler;
-    std::vector<float> m_pending; ///< interleaved, in the target format, not yet encoded
-    std::int64_t m_framesEncoded = 0;
-    bool m_hasSound = false; ///< a block has come that is not wholly before the movie's start
 };
 
 } // namespace zivra::desktop

@@ -41,7 +41,6 @@ FFmpegMovieWriter::FFmpegMovieWriter(const QUrl &url, MovieFileType type)
       m_type(type),
       m_finishedFuture(m_finished.future())
 {
-    quietLibraries();
     m_finished.start();
 }
 
@@ -94,9 +93,6 @@ bool FFmpegMovieWriter::startWriting()
         return false;
     }
     try {
-        if (!m_url.isLocalFile()) {
-            throw PlatformError(QStringLiteral("“%1” is not a file.").arg(m_url.toDisplayString()));
-        }
         m_worker = std::make_unique<WriterWorker>(
             m_url.toLocalFile(), m_type, m_tracks, m_intake,
             WriterWorker::Events{.interrupted = m_interruptionHandler,

@@ -14,6 +14,7 @@ namespace zivra::desktop {
 /// A movie writer on libavformat and libavcodec with one thread of its own for everything slow.
 class FFmpegMovieWriter final : public MovieWriter {
 public:
+    /// `url` is that of a local file.
     FFmpegMovieWriter(const QUrl &url, MovieFileType type);
     /// Prompt while nothing was finished; waits for a finish that is under way.
     ~FFmpegMovieWriter() override;

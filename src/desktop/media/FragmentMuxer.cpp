@@ -1,10 +1,9 @@
 #include "desktop/media/FragmentMuxer.h"
 
 #include "desktop/media/FileSink.h"
+#include "desktop/media/OutputFile.h"
 
 #include <algorithm>
-#include <cstring>
-#include <new>
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -24,26 +23,16 @@ constexpr std::chrono::milliseconds kDueTime{50};
 
 } // namespace
 
-FragmentMuxer::FragmentMuxer(FileSink &sink, MovieFileType type) : m_sink(sink)
+FragmentMuxer::FragmentMuxer(FileSink &sink, MovieFileType type)
+    : m_sink(sink),
+      m_context(makeOutput(sink, type))
 {
-    AVFormatContext *context = nullptr;
-    checked(avformat_alloc_output_context2(&context, nullptr,
-                                           type == MovieFileType::QuickTime ? "mov" : "mp4", nullptr),
-            kMuxFailure);
-    m_context.reset(context);
-    m_context->pb = sink.io();
-    m_context->flags |= AVFMT_FLAG_CUSTOM_IO;
 }
 
 int FragmentMuxer::addTrack(const AVCodecParameters &parameters, AVRational timeBase,
                             const std::optional<TrackTransform> &transform)
 {
-    AVStream *stream = avformat_new_stream(m_context.get(), nullptr);
-    if (stream == nullptr || avcodec_parameters_copy(stream->codecpar, &parameters) < 0) {
-        throw std::bad_alloc();
-    }
-    stream->time_base = timeBase;
-    setTransform(*stream, transform);
+    addStream(*m_context, parameters, timeBase, transform);
     m_tracks.push_back({.timeBase = timeBase, .waiting = {}, .waitingSince = {}});
     return static_cast<int>(m_tracks.size()) - 1;
 }
@@ -152,18 +141,6 @@ MediaTime FragmentMuxer::end() const
         }
     }
     return end;
-}
-
-void setTransform(AVStream &stream, const std::optional<TrackTransform> &transform)
-{
-    if (!transform) {
-        return;
-    }
-    auto *data = av_stream_new_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, sizeof(TrackTransform));
-    if (data == nullptr) {
-        throw std::bad_alloc();
-    }
-    std::memcpy(data, transform->data(), sizeof(TrackTransform));
 }
 
 } // namespace zivra::desktop

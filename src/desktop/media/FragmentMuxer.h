@@ -62,7 +62,4 @@ private:
     bool m_hasFragment = false;
 };
 
-/// Sets what players need to show a track turned or mirrored.
-void setTransform(AVStream &stream, const std::optional<TrackTransform> &transform);
-
 } // namespace zivra::desktop

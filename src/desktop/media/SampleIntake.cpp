@@ -117,10 +117,9 @@ void SampleIntake::notifyWhenReady(std::size_t number, std::shared_ptr<SerialQue
     if (lane.finished) {
         return;
     }
-    lane.queue = std::move(queue);
-    lane.work = std::move(work);
+    lane.request = {std::move(queue), std::move(work)};
     if (lane.ready) {
-        lane.queue->async(lane.work);
+        lane.request.queue->async(lane.request.work);
     }
 }
 
@@ -131,34 +130,33 @@ void SampleIntake::becomeReady(Lane &lane)
         return;
     }
     lane.ready = true;
-    if (lane.queue) {
-        lane.queue->async(lane.work);
+    if (lane.request.queue) {
+        lane.request.queue->async(lane.request.work);
     }
 }
 
 void SampleIntake::finishLane(std::size_t number)
 {
-    std::function<void()> dropped; // may own what calls back here: destroyed without the lock
+    Requests dropped;
     const std::lock_guard lock(m_mutex);
     finish(m_lanes.at(number), dropped);
 }
 
 void SampleIntake::finishAllLanes()
 {
-    std::vector<std::function<void()>> dropped;
+    Requests dropped;
     const std::lock_guard lock(m_mutex);
     m_closed = true;
     for (auto &lane : m_lanes) {
-        finish(lane, dropped.emplace_back());
+        finish(lane, dropped);
     }
 }
 
-void SampleIntake::finish(Lane &lane, std::function<void()> &dropped)
+void SampleIntake::finish(Lane &lane, Requests &dropped)
 {
     lane.finished = true;
     lane.ready = false;
-    dropped = std::exchange(lane.work, {});
-    lane.queue.reset();
+    dropped.push_back(std::exchange(lane.request, {}));
     m_wake.notify_one();
     m_room.notify_all();
 }
@@ -186,11 +184,12 @@ void SampleIntake::fail()
 
 void SampleIntake::stop()
 {
+    Requests dropped;
     const std::lock_guard lock(m_mutex);
     m_stopped = true;
-    m_failed = true;
-    m_wake.notify_one();
-    m_room.notify_all();
+    for (auto &lane : m_lanes) {
+        finish(lane, dropped);
+    }
 }
 
 SampleIntake::Event SampleIntake::take(Clock::time_point deadline)

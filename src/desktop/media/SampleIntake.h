@@ -47,7 +47,7 @@ public:
     void finishAllLanes();
     /// Nothing is taken any more, and whoever waits is called.
     void fail();
-    /// The same, and `take` returns `Stopped` at once.
+    /// The lanes are finished, and `take` returns `Stopped` without giving out what waits.
     void stop();
 
     /// The sample to be written next, of one thread that takes. Lanes that are not real-time are kept
@@ -55,6 +55,14 @@ public:
     [[nodiscard]] Event take(Clock::time_point deadline);
 
 private:
+    struct Request {
+        std::shared_ptr<SerialQueue> queue; ///< null: nobody asked
+        std::function<void()> work;
+    };
+    /// Requests that are over. Destroyed without the lock: that may wait for work of their queues, which may
+    /// call back here.
+    using Requests = std::vector<Request>;
+
     struct Lane {
         MediaType type = MediaType::Video;
         bool realTime = false;
@@ -65,13 +73,12 @@ private:
         std::size_t waitingBytes = 0;
         int blockedCallers = 0;
         MediaTime newest; ///< of all samples that ever came
-        std::shared_ptr<SerialQueue> queue;
-        std::function<void()> work;
+        Request request;
 
         [[nodiscard]] bool hasRoom(double share) const;
     };
 
-    void finish(Lane &lane, std::function<void()> &dropped);
+    void finish(Lane &lane, Requests &dropped);
     void becomeReady(Lane &lane);
     void account(Lane &lane, const MediaSample &sample, int sign);
     [[nodiscard]] Lane *nextLane();

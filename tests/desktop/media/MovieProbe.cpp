@@ -117,12 +117,12 @@ void MovieProbe::decode(const QUrl &url)
     }
 }
 
-std::vector<double> MovieProbe::Sound::clicks(float level) const
+std::vector<double> MovieProbe::Sound::clicks(float level, double from) const
 {
     std::vector<double> times;
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const double time = start + double(i) / rate;
-        if (std::abs(samples[i]) > level && (times.empty() || time - times.back() > 0.05)) {
+        if (time >= from && std::abs(samples[i]) > level && (times.empty() || time - times.back() > 0.05)) {
             times.push_back(time);
         }
     }

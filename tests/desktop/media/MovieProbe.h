@@ -21,8 +21,8 @@ struct MovieProbe {
         int channels = 0;
 
         [[nodiscard]] double end() const { return start + static_cast<double>(samples.size()) / rate; }
-        /// Times of what stands out by at least `level`.
-        [[nodiscard]] std::vector<double> clicks(float level = 0.3F) const;
+        /// Times of what stands out by at least `level`, from a time on.
+        [[nodiscard]] std::vector<double> clicks(float level = 0.3F, double from = 0) const;
         /// Amplitude of a tone within a stretch.
         [[nodiscard]] double tone(double hz, double from, double to) const;
     };

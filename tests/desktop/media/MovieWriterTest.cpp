@@ -1,4 +1,4 @@
-#include "desktop/media/FFmpegMovieWriter.h"
+#include "desktop/media/FFmpegMovieServices.h"
 #include "desktop/media/MovieProbe.h"
 #include "desktop/media/TestMovie.h"
 #include "platform/PlatformError.h"
@@ -14,7 +14,7 @@
 
 namespace zivra::test {
 
-using desktop::FFmpegMovieWriter;
+using desktop::FFmpegMovieServices;
 
 namespace {
 
@@ -25,7 +25,7 @@ MovieProbe::Picture last(const MovieProbe &probe)
 
 /// Real-time writing at the pace of the clock until `seconds`: pictures 30 times a second, sound in
 /// blocks of 100 ms with a click each second.
-void writeLive(FFmpegMovieWriter &writer, double seconds)
+void writeLive(MovieWriter &writer, double seconds)
 {
     auto &video = writer.addVideoInput(videoSettings());
     auto &audio = writer.addAudioInput({});
@@ -52,11 +52,11 @@ TEST_P(MovieWriterFileType, KeepsPicturesSoundAndColoursInTheirPlaces)
     const auto [type, codec] = GetParam();
     const MovieFolder folder;
     const auto url = folder.url("movie");
-    FFmpegMovieWriter writer(url, type);
-    auto &video = writer.addVideoInput(videoSettings(codec));
-    auto &audio = writer.addAudioInput({});
-    ASSERT_TRUE(writer.startWriting());
-    writer.startSession(kSessionStart);
+    const auto writer = FFmpegMovieServices().makeWriter(url, type);
+    auto &video = writer->addVideoInput(videoSettings(codec));
+    auto &audio = writer->addAudioInput({});
+    ASSERT_TRUE(writer->startWriting());
+    writer->startSession(kSessionStart);
     std::vector<double> times;
     for (int i = 0; i < 90; ++i) {
         times.push_back(i / 30.0 + (i % 3 == 1 ? 0.007 : 0)); // an uneven pace
@@ -68,8 +68,8 @@ TEST_P(MovieWriterFileType, KeepsPicturesSoundAndColoursInTheirPlaces)
     EXPECT_FALSE(video.append(numberedFrame(99, 4, kWidth / 2))) << "a frame of another size";
     video.markAsFinished();
     EXPECT_FALSE(video.append(numberedFrame(99, 4)));
-    writer.finishWriting().waitForFinished();
-    ASSERT_EQ(writer.status(), MovieWriter::Status::Completed) << errorText(writer.error()).toStdString();
+    writer->finishWriting().waitForFinished();
+    ASSERT_EQ(writer->status(), MovieWriter::Status::Completed) << errorText(writer->error()).toStdString();
 
     const MovieProbe probe(url);
     ASSERT_EQ(probe.pictures.size(), times.size());
@@ -95,15 +95,15 @@ INSTANTIATE_TEST_SUITE_P(All, MovieWriterFileType,
 TEST(MovieWriter, PutsEverySoundWhereItBelongs)
 {
     const MovieFolder folder;
-    FFmpegMovieWriter writer(folder.url("movie.mp4"), MovieFileType::Mpeg4);
-    auto &early = writer.addAudioInput({});
-    auto &late = writer.addAudioInput({});
-    auto &silent = writer.addAudioInput({});
+    const auto writer = FFmpegMovieServices().makeWriter(folder.url("movie.mp4"), MovieFileType::Mpeg4);
+    auto &early = writer->addAudioInput({});
+    auto &late = writer->addAudioInput({});
+    auto &silent = writer->addAudioInput({});
     for (auto *input : {&early, &late, &silent}) {
         input->setExpectsMediaDataInRealTime(true);
     }
-    ASSERT_TRUE(writer.startWriting());
-    writer.startSession(kSessionStart);
+    ASSERT_TRUE(writer->startWriting());
+    writer->startSession(kSessionStart);
     const SoundOptions earlyClicks{.clicks = {0.05, 1.0, 1.45}};
     early.append(soundBlock(-0.3, 0.2, earlyClicks));
     early.append(soundBlock(-0.1, 0.3, earlyClicks));        // its first third lies before the start
@@ -114,8 +114,8 @@ TEST(MovieWriter, PutsEverySoundWhereItBelongs)
         .format = {.sampleRate = 44100, .channels = 1}, .toneLevel = 0, .clicks = {0.75, 1.2}};
     late.append(soundBlock(0.7, 0.3, mono));
     late.append(soundBlock(1.0, 0.3, mono));
-    writer.finishWriting().waitForFinished();
-    ASSERT_EQ(writer.status(), MovieWriter::Status::Completed);
+    writer->finishWriting().waitForFinished();
+    ASSERT_EQ(writer->status(), MovieWriter::Status::Completed);
 
     const MovieProbe probe(folder.url("movie.mp4"));
     ASSERT_EQ(probe.sounds.size(), 3U);
@@ -142,8 +142,8 @@ TEST(MovieWriter, SurvivesTheEndOfTheProcess)
         const auto url = folder.url("movie");
         const pid_t child = fork();
         if (child == 0) {
-            FFmpegMovieWriter writer(url, type);
-            writeLive(writer, 30);
+            const auto writer = FFmpegMovieServices().makeWriter(url, type);
+            writeLive(*writer, 30);
             _exit(0);
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(3900));
@@ -169,13 +169,13 @@ TEST(MovieWriter, FlushesAStillScreen)
     const MovieFolder folder;
     const auto url = folder.url("movie.mov");
     {
-        FFmpegMovieWriter writer(url, MovieFileType::QuickTime);
-        auto &video = writer.addVideoInput(videoSettings());
-        auto &audio = writer.addAudioInput({});
+        const auto writer = FFmpegMovieServices().makeWriter(url, MovieFileType::QuickTime);
+        auto &video = writer->addVideoInput(videoSettings());
+        auto &audio = writer->addAudioInput({});
         video.setExpectsMediaDataInRealTime(true);
         audio.setExpectsMediaDataInRealTime(true);
-        ASSERT_TRUE(writer.startWriting());
-        writer.startSession(kSessionStart);
+        ASSERT_TRUE(writer->startWriting());
+        writer->startSession(kSessionStart);
         video.append(numberedFrame(1, 0));
         std::this_thread::sleep_for(std::chrono::milliseconds(1500));
         EXPECT_EQ(MovieProbe(url).pictures.size(), 1U);
@@ -203,11 +203,11 @@ TEST(MovieWriter, SaysWhyAFileCannotBeMade)
     existing.write("mine");
     existing.close();
     const auto errorFor = [](const QUrl &target) {
-        FFmpegMovieWriter writer(target, MovieFileType::Mpeg4);
-        writer.addVideoInput(videoSettings());
-        EXPECT_FALSE(writer.startWriting());
-        EXPECT_EQ(writer.status(), MovieWriter::Status::Failed);
-        return errorText(writer.error());
+        const auto writer = FFmpegMovieServices().makeWriter(target, MovieFileType::Mpeg4);
+        writer->addVideoInput(videoSettings());
+        EXPECT_FALSE(writer->startWriting());
+        EXPECT_EQ(writer->status(), MovieWriter::Status::Failed);
+        return errorText(writer->error());
     };
     EXPECT_TRUE(errorFor(url).contains(QStringLiteral("“movie.mp4” already exists")));
     ASSERT_TRUE(existing.open(QIODevice::ReadOnly));
@@ -223,20 +223,20 @@ TEST(MovieWriter, FinishesWithWhatFitsOnAFullDisk)
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit unlimited{};
     getrlimit(RLIMIT_FSIZE, &unlimited);
-    const rlimit limit{100'000, unlimited.rlim_max};
+    const rlimit limit{50'000, unlimited.rlim_max};
     setrlimit(RLIMIT_FSIZE, &limit);
-    FFmpegMovieWriter writer(url, MovieFileType::Mpeg4);
+    const auto writer = FFmpegMovieServices().makeWriter(url, MovieFileType::Mpeg4);
     std::atomic<int> interruptions = 0;
-    writer.setInterruptionHandler([&](const std::exception_ptr &error) {
+    writer->setInterruptionHandler([&](const std::exception_ptr &error) {
         EXPECT_FALSE(errorText(error).isEmpty());
         ++interruptions;
     });
-    writeLive(writer, 5);
+    writeLive(*writer, 5);
     EXPECT_EQ(interruptions, 1);
-    EXPECT_EQ(writer.status(), MovieWriter::Status::Writing);
-    writer.finishWriting().waitForFinished();
+    EXPECT_EQ(writer->status(), MovieWriter::Status::Writing);
+    writer->finishWriting().waitForFinished();
     setrlimit(RLIMIT_FSIZE, &unlimited);
-    EXPECT_EQ(writer.status(), MovieWriter::Status::Completed);
+    EXPECT_EQ(writer->status(), MovieWriter::Status::Completed);
 
     const MovieProbe probe(url);
     ASSERT_FALSE(probe.pictures.empty());

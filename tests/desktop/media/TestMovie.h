@@ -38,7 +38,7 @@ struct SoundOptions {
     AudioFormat format{};
     double toneHz = 440;
     float toneLevel = 0;
-    std::vector<double> clicks; ///< seconds of the session
+    std::vector<double> clicks{}; ///< seconds of the session
 };
 MediaSample soundBlock(double seconds, double duration, const SoundOptions &options = {});
 

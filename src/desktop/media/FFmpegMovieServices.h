@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/MovieAsset.h"
+
+#include <QThreadPool>
+
+namespace zivra::desktop {
+
+/// Movie files by libav*. What may take a while runs on threads of its own; destroying it waits for that.
+class FFmpegMovieServices final : public MovieServices {
+public:
+    FFmpegMovieServices();
+    ~FFmpegMovieServices() override;
+
+    [[nodiscard]] std::unique_ptr<MovieWriter> makeWriter(const QUrl &url, MovieFileType type) override;
+    [[nodiscard]] QFuture<std::shared_ptr<const MovieAsset>> openAsset(const QUrl &url) override;
+    [[nodiscard]] std::unique_ptr<MovieReader> makeReader(std::shared_ptr<const MovieAsset> asset) override;
+    [[nodiscard]] QFuture<void> exportPassthrough(std::shared_ptr<const MovieAsset> asset,
+                                                  const MediaTimeRange &range, const QUrl &url,
+                                                  MovieFileType type) override;
+
+private:
+    QThreadPool m_threads;
+};
+
+} // namespace zivra::desktop

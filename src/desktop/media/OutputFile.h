@@ -1,0 +1,17 @@
+#pragma once
+
+#include "desktop/media/FFmpegHandles.h"
+#include "platform/MovieWriter.h"
+
+namespace zivra::desktop {
+
+class FileSink;
+
+/// A muxer that writes to `sink`, which must outlive it; throws `PlatformError`.
+OutputContextPtr makeOutput(const FileSink &sink, MovieFileType type);
+
+/// Adds a stream that is stored, where the container allows, in `timeBase`.
+AVStream &addStream(AVFormatContext &output, const AVCodecParameters &parameters, AVRational timeBase,
+                    const std::optional<TrackTransform> &transform);
+
+} // namespace zivra::desktop

@@ -1,0 +1,188 @@
+#include "desktop/media/FFmpegMovieServices.h"
+#include "desktop/media/MovieProbe.h"
+#include "desktop/media/TestMovie.h"
+#include "desktop/threads/ThreadSerialQueue.h"
+#include "platform/PlatformError.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <semaphore>
+
+namespace zivra::test {
+
+using desktop::FFmpegMovieServices;
+
+namespace {
+
+struct MovieReaderTest : testing::Test {
+    const MovieFolder folder;
+    FFmpegMovieServices services;
+    std::shared_ptr<SerialQueue> queue = makeQueue();
+
+    static std::shared_ptr<SerialQueue> makeQueue()
+    {
+        return desktop::ThreadSerialQueueFactory().makeSerialQueue("test.media");
+    }
+
+    /// `seconds` of numbered pictures, 30 a second, and the given sounds, each in a track of its own.
+    void write(const QUrl &url, MovieFileType type, double seconds,
+               const std::vector<std::vector<MediaSample>> &sounds)
+    {
+        const auto writer = services.makeWriter(url, type);
+        auto &video = writer->addVideoInput(videoSettings());
+        std::vector<MovieWriterInput *> audio;
+        for (std::size_t i = 0; i < sounds.size(); ++i) {
+            audio.push_back(&writer->addAudioInput({}));
+        }
+        ASSERT_TRUE(writer->startWriting()) << errorText(writer->error()).toStdString();
+        writer->startSession(kSessionStart);
+        for (std::size_t i = 0; i < sounds.size(); ++i) {
+            for (const auto &sample : sounds[i]) {
+                audio[i]->append(sample);
+            }
+            audio[i]->markAsFinished();
+        }
+        for (int i = 0; i < int(seconds * 30); ++i) {
+            video.append(numberedFrame(i, i / 30.0));
+        }
+        writer->finishWriting().waitForFinished();
+        ASSERT_EQ(writer->status(), MovieWriter::Status::Completed);
+    }
+
+    std::shared_ptr<const MovieAsset> open(const QUrl &url) { return services.openAsset(url).result(); }
+
+    /// Moves everything from an output to an input on the queue; the returned semaphore tells the end.
+    std::shared_ptr<std::binary_semaphore> pump(MovieReaderOutput &output, MovieWriterInput &input)
+    {
+        auto done = std::make_shared<std::binary_semaphore>(0);
+        input.requestMediaDataWhenReady(makeQueue(), [&output, &input, done] {
+            while (input.isReadyForMoreMediaData()) {
+                const auto sample = output.copyNextSample();
+                if (!sample || !input.append(*sample)) {
+                    input.markAsFinished();
+                    done->release();
+                    return;
+                }
+            }
+        });
+        return done;
+    }
+};
+
+} // namespace
+
+TEST_F(MovieReaderTest, MergesSoundTracksInTheirPlacesAndKeepsThePicture)
+{
+    const SoundOptions first{.toneLevel = 0.6F};
+    const SoundOptions second{.format = {44100, 1}, .toneHz = 1000, .toneLevel = 0.6F};
+    const SoundOptions click{.format = {44100, 1}, .clicks = {2.75}};
+    write(folder.url("two.mp4"), MovieFileType::Mpeg4, 3,
+          {{soundBlock(0, 2.4, first)}, {soundBlock(1.0, 1.0, second), soundBlock(2.5, 0.4, click)}});
+
+    const auto asset = open(folder.url("two.mp4"));
+    const auto video = asset->tracks(MediaType::Video);
+    const auto audio = asset->tracks(MediaType::Audio);
+    ASSERT_EQ(video.size(), 1U);
+    ASSERT_EQ(audio.size(), 2U);
+    EXPECT_FALSE(video[0].preferredTransform);
+    EXPECT_NEAR(asset->duration().seconds(), 3, 0.01);
+
+    constexpr TrackTransform kUpsideDown{-65536, 0, 0, 0, -65536, 0, 0, 0, 1 << 30};
+    const auto reader = services.makeReader(asset);
+    auto &packets = reader->addTrackOutput(video[0]);
+    auto &mix = reader->addAudioMixOutput(audio, {});
+    const auto writer = services.makeWriter(folder.url("one.mov"), MovieFileType::QuickTime);
+    auto &videoInput = writer->addPassthroughInput(video[0].formats.at(0), kUpsideDown);
+    auto &audioInput = writer->addAudioInput({});
+    ASSERT_TRUE(reader->startReading());
+    ASSERT_TRUE(writer->startWriting());
+    writer->startSession(MediaTime::zero());
+    const auto videoDone = pump(packets, videoInput);
+    const auto audioDone = pump(mix, audioInput);
+    videoDone->acquire();
+    audioDone->acquire();
+    writer->finishWriting().waitForFinished();
+    EXPECT_EQ(reader->status(), MovieReader::Status::Completed) << errorText(reader->error()).toStdString();
+    ASSERT_EQ(writer->status(), MovieWriter::Status::Completed) << errorText(writer->error()).toStdString();
+
+    const MovieProbe source(folder.url("two.mp4"));
+    const MovieProbe probe(folder.url("one.mov"));
+    EXPECT_EQ(open(folder.url("one.mov"))->tracks(MediaType::Video).at(0).preferredTransform, kUpsideDown);
+    ASSERT_EQ(probe.pictures.size(), 90U);
+    for (std::size_t i = 0; i < 90; ++i) {
+        EXPECT_DOUBLE_EQ(probe.pictures[i].time, source.pictures[i].time);
+    }
+    ASSERT_EQ(probe.sounds.size(), 1U);
+    const auto &sound = probe.sounds[0];
+    EXPECT_NEAR(sound.tone(440, 0.1, 0.9), 0.6, 0.03);
+    EXPECT_NEAR(sound.tone(1000, 0.1, 0.98), 0, 0.01) << "the second starts late";
+    EXPECT_GT(sound.tone(440, 1.1, 1.9), 0.5);
+    EXPECT_GT(sound.tone(1000, 1.1, 1.9), 0.5);
+    EXPECT_LT(sound.peak, 1.05) << "both together are too loud for full scale";
+    ASSERT_EQ(sound.clicks(0.3F, 2.45).size(), 1U);
+    EXPECT_NEAR(sound.clicks(0.3F, 2.45)[0], 2.75, 0.001);
+}
+
+TEST_F(MovieReaderTest, TrimsToTheVeryPictureInSync)
+{
+    for (const auto type : {MovieFileType::Mpeg4, MovieFileType::QuickTime}) {
+        const bool mp4 = type == MovieFileType::Mpeg4;
+        const auto url = folder.url(mp4 ? "long.mp4" : "long.mov");
+        write(url, type, 6, {{soundBlock(0, 6, {.clicks = {2.5, 4.0}})}});
+        const auto asset = open(url);
+        const auto target = folder.url(mp4 ? "trim.mp4" : "trim.mov");
+        // In the middle of a group of pictures, from the 71st picture up to but not including the 131st.
+        const MediaTimeRange range{MediaTime::fromFraction(71, 30), MediaTime::fromSeconds(2)};
+        services.exportPassthrough(asset, range, target, type).waitForFinished();
+
+        const MovieProbe probe(target);
+        EXPECT_NEAR(probe.duration, 2, 0.001);
+        ASSERT_EQ(probe.pictures.size(), 60U);
+        for (std::size_t i = 0; i < 60; ++i) {
+            EXPECT_EQ(probe.pictures[i].number, int(i) + 71);
+            EXPECT_NEAR(probe.pictures[i].time, double(i) / 30, 0.0001);
+        }
+        const auto clicks = probe.sounds.at(0).clicks();
+        ASSERT_EQ(clicks.size(), 2U);
+        EXPECT_NEAR(clicks[0], 2.5 - 71 / 30.0, 0.001);
+        EXPECT_NEAR(clicks[1], 4.0 - 71 / 30.0, 0.001);
+        EXPECT_NEAR(probe.sounds[0].end(), 2, 0.03);
+
+        EXPECT_THROW(services.exportPassthrough(asset, range, target, type).waitForFinished(), PlatformError)
+            << "it exists now";
+        const MediaTimeRange beyond{MediaTime::fromSeconds(7), MediaTime::fromSeconds(1)};
+        EXPECT_THROW(services.exportPassthrough(asset, beyond, folder.url("none"), type).waitForFinished(),
+                     PlatformError);
+        EXPECT_FALSE(QFile::exists(folder.url("none").toLocalFile()));
+    }
+}
+
+TEST_F(MovieReaderTest, TellsTruncatedAndForeignFiles)
+{
+    const auto url = folder.url("movie.mp4");
+    write(url, MovieFileType::Mpeg4, 2, {{soundBlock(0, 2, {.toneLevel = 0.3F})}});
+    EXPECT_THROW(services.openAsset(folder.url("none.mp4")).waitForFinished(), PlatformError);
+    QFile foreign(folder.url("text.mp4").toLocalFile());
+    ASSERT_TRUE(foreign.open(QIODevice::WriteOnly));
+    foreign.write(QByteArray(10'000, 'x'));
+    foreign.close();
+    EXPECT_THROW(services.openAsset(folder.url("text.mp4")).waitForFinished(), PlatformError);
+
+    ASSERT_TRUE(QFile::resize(url.toLocalFile(), QFile(url.toLocalFile()).size() - 5000));
+    const auto asset = open(url);
+    for (const auto type : {MediaType::Video, MediaType::Audio}) {
+        const auto reader = services.makeReader(asset);
+        auto &output = type == MediaType::Video ? reader->addTrackOutput(asset->tracks(type).at(0))
+                                                : reader->addAudioMixOutput(asset->tracks(type), {});
+        ASSERT_TRUE(reader->startReading());
+        EXPECT_EQ(reader->status(), MovieReader::Status::Reading);
+        while (output.copyNextSample()) {
+        }
+        EXPECT_EQ(reader->status(), MovieReader::Status::Failed);
+        EXPECT_FALSE(errorText(reader->error()).isEmpty());
+    }
+}
+
+} // namespace zivra::test
