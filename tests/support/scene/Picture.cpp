@@ -13,6 +13,14 @@ constexpr unsigned kWhite = 0xffffff;
 constexpr unsigned kBlack = 0x000000;
 constexpr int kCells = 18;
 
+struct FreeEvent {
+    void operator()(xcb_generic_event_t *event) const
+    {
+        std::free(event); // NOLINT(cppcoreguidelines-owning-memory): the library hands out malloc'ed events
+    }
+};
+using Event = std::unique_ptr<xcb_generic_event_t, FreeEvent>;
+
 } // namespace
 
 Picture::Picture(const PictureOptions &options)
@@ -112,10 +120,8 @@ void Picture::draw(int frame, bool flash)
 
 bool Picture::isAlive()
 {
-    while (xcb_generic_event_t *event = xcb_poll_for_event(m_connection.get())) {
-        const bool gone = (event->response_type & 0x7f) == XCB_DESTROY_NOTIFY;
-        std::free(event);
-        if (gone) {
+    while (const Event event{xcb_poll_for_event(m_connection.get())}) {
+        if ((event->response_type & 0x7f) == XCB_DESTROY_NOTIFY) {
             return false;
         }
     }

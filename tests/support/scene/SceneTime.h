@@ -12,10 +12,6 @@ struct SceneTime {
     Clock::time_point start;
     int framesPerSecond = 30;
 
-    [[nodiscard]] int frameAt(Clock::time_point time) const
-    {
-        return static_cast<int>(std::chrono::duration<double>(time - start).count() * framesPerSecond);
-    }
     [[nodiscard]] Clock::time_point timeOf(int frame) const
     {
         return start + std::chrono::duration_cast<Clock::duration>(

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <memory>
 #include <numbers>
 #include <vector>
@@ -13,9 +14,14 @@ namespace zivra::scene {
 namespace {
 
 constexpr int kRate = 48000;
-constexpr int kBlock = kRate / 100;
+constexpr int kBlock = kRate / 100; ///< samples written at once: 10 ms
 constexpr double kBurstHertz = 2500;
 constexpr double kBurstSeconds = 0.02;
+
+double secondsOf(Clock::time_point time)
+{
+    return std::chrono::duration<double>(time.time_since_epoch()).count();
+}
 
 struct FreeStream {
     void operator()(pa_simple *stream) const { pa_simple_free(stream); }
@@ -27,31 +33,37 @@ Stream openStream(const std::string &sink)
     const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, kRate, 1};
     constexpr auto kUnset = static_cast<std::uint32_t>(-1);
     // A short buffer: the burst must be heard when the flash is seen.
-    const pa_buffer_attr buffer{kUnset, kBlock * 4 * sizeof(float), kUnset, kUnset, kUnset};
+    const pa_buffer_attr buffer{kUnset, std::uint32_t{4} * kBlock * sizeof(float), kUnset, kUnset, kUnset};
     return Stream(pa_simple_new(nullptr, "Zivra scene", PA_STREAM_PLAYBACK,
                                 sink.empty() ? nullptr : sink.c_str(), "scene", &format, nullptr, &buffer,
                                 nullptr));
 }
 
-/// When sample 0 of the stream is heard, estimated anew until it can be trusted.
+/// When the samples of the stream are heard: the median of the latest estimates, which is kept until the
+/// stream has clearly slipped (after an underrun), so that the tone has no steps.
 class HeardAt {
 public:
     void observe(Clock::time_point now, pa_usec_t latency, long written)
     {
-        constexpr std::size_t kEnough = 60;
-        if (m_estimates.size() < kEnough) {
-            m_estimates.push_back(now.time_since_epoch().count() / 1e9 + static_cast<double>(latency) / 1e6 -
-                                  static_cast<double>(written) / kRate);
-            std::ranges::nth_element(m_estimates, m_estimates.begin() + m_estimates.size() / 2);
+        constexpr std::size_t kWindow = 50;
+        constexpr double kSlipSeconds = 0.005;
+        m_estimates.push_back(secondsOf(now) + static_cast<double>(latency) / 1e6 -
+                              static_cast<double>(written) / kRate);
+        if (m_estimates.size() > kWindow) {
+            m_estimates.pop_front();
+        }
+        std::vector<double> sorted(m_estimates.begin(), m_estimates.end());
+        std::ranges::nth_element(sorted, sorted.begin() + static_cast<long>(sorted.size() / 2));
+        const double median = sorted[sorted.size() / 2];
+        if (m_estimates.size() < kWindow || std::abs(median - m_first) > kSlipSeconds) {
+            m_first = median;
         }
     }
-    [[nodiscard]] double seconds(long sample) const
-    {
-        return m_estimates[m_estimates.size() / 2] + static_cast<double>(sample) / kRate;
-    }
+    [[nodiscard]] double seconds(long sample) const { return m_first + static_cast<double>(sample) / kRate; }
 
 private:
-    std::vector<double> m_estimates;
+    std::deque<double> m_estimates;
+    double m_first = 0; ///< when sample 0 is heard
 };
 
 } // namespace
@@ -73,7 +85,7 @@ Sound::~Sound()
 void Sound::play()
 {
     const Stream stream = openStream(m_sink);
-    const double start = m_time.start.time_since_epoch().count() / 1e9;
+    const double start = secondsOf(m_time.start);
     HeardAt heard;
     std::vector<float> block(kBlock);
     for (long written = 0; stream && !m_ended; written += kBlock) {
