@@ -33,7 +33,7 @@ Stream openStream(const std::string &sink)
     const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, kRate, 1};
     constexpr auto kUnset = static_cast<std::uint32_t>(-1);
     // A short buffer: the burst must be heard when the flash is seen.
-    const pa_buffer_attr buffer{kUnset, std::uint32_t{4} * kBlock * sizeof(float), kUnset, kUnset, kUnset};
+    const pa_buffer_attr buffer{kUnset, sizeof(float) * kBlock * 4, kUnset, kUnset, kUnset};
     return Stream(pa_simple_new(nullptr, "Zivra scene", PA_STREAM_PLAYBACK,
                                 sink.empty() ? nullptr : sink.c_str(), "scene", &format, nullptr, &buffer,
                                 nullptr));
