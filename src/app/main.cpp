@@ -1,0 +1,236 @@
+#include "app/AppDelegate.h"
+#include "app/LibraryFolder.h"
+#include "app/NoSurfaces.h"
+#include "app/RecordCommand.h"
+#include "desktop/audio/PulseDeviceCatalog.h"
+#include "desktop/audio/PulseSoundSourceFactory.h"
+#include "desktop/media/FFmpegMovieServices.h"
+#include "desktop/process/TerminationSignals.h"
+#include "desktop/session/ConsoleAlertPresenter.h"
+#include "desktop/session/DesktopFileSystem.h"
+#include "desktop/session/DesktopWorkspace.h"
+#include "desktop/session/DialogAlertPresenter.h"
+#include "desktop/session/JsonUserDefaults.h"
+#include "desktop/session/QtPasteboard.h"
+#include "desktop/session/SingleInstance.h"
+#include "desktop/session/TransientUserDefaults.h"
+#include "desktop/session/TrayStatusItem.h"
+#include "desktop/session/UserMediaAuthorization.h"
+#include "desktop/stream/ComposedCaptureStream.h"
+#include "desktop/threads/MonotonicClock.h"
+#include "desktop/threads/ThreadSerialQueue.h"
+#include "desktop/x11/X11ContentQuery.h"
+#include "desktop/x11/X11HotKeys.h"
+#include "desktop/x11/X11Screens.h"
+#include "desktop/x11/XcbConnection.h"
+#include "desktop/x11/capture/X11PictureSourceFactory.h"
+#include "desktop/x11/capture/X11ScreenCaptureAccess.h"
+#include "platform/PlatformError.h"
+
+#include <QApplication>
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace zivra {
+
+namespace {
+
+constexpr int kSuccess = 0;
+constexpr int kNoMovie = 1;
+constexpr int kBadUsage = 2;
+
+constexpr auto kHelp =
+    "Usage: zivra [URL...]            start in the tray, or hand zivra:// URLs to the running program\n"
+    "       zivra record [OPTION...]  record one movie and print its path\n"
+    "       zivra --help | --version\n"
+    "\n"
+    "Options of record:\n"
+    "  --seconds N           end after N seconds; otherwise at SIGINT (Ctrl+C) or SIGTERM\n"
+    "  --mode screenOnly     what is recorded (default: screenOnly)\n"
+    "  --area AREA           fullScreen, window or customArea (default: fullScreen)\n"
+    "  --window ID           the window to record\n"
+    "  --rect X,Y,W,H        the rectangle to record, in points from the display's top left\n"
+    "  --display ID          the display to record (default: the one under the mouse)\n"
+    "  --quality HEIGHT      greatest height of the movie: 480, 720 or 1080 (default: 1080)\n"
+    "  --system-audio        record the computer's sound\n"
+    "  --microphone [ID]     record a microphone (default: the desktop's choice)\n"
+    "  --clicks              show mouse clicks\n";
+
+void printLine(std::FILE *stream, const QString &line)
+{
+    std::fprintf(stream, "%s\n", qUtf8Printable(line));
+    std::fflush(stream);
+}
+
+void complain(const QString &line)
+{
+    printLine(stderr, QStringLiteral("zivra: %1").arg(line));
+}
+
+/// The services of this desktop that every take needs. Nothing here draws or takes the keyboard.
+struct CaptureServices {
+    desktop::MonotonicClock clock;
+    desktop::ThreadSerialQueueFactory queues;
+    desktop::X11Screens screens;
+    desktop::X11ContentQuery content;
+    desktop::X11ScreenCaptureAccess screenAccess;
+    desktop::UserMediaAuthorization authorization;
+    std::shared_ptr<desktop::PulseServer> soundServer = desktop::connectToPulseServer();
+    desktop::PulseDeviceCatalog deviceCatalog{soundServer};
+    desktop::X11PictureSourceFactory pictures;
+    desktop::PulseSoundSourceFactory sounds{soundServer};
+    desktop::ComposedCaptureStreamFactory captureStreams{pictures, sounds};
+    desktop::FFmpegMovieServices movies;
+    desktop::DesktopFileSystem files;
+    desktop::DesktopWorkspace workspace;
+
+    [[nodiscard]] Platform platform(UserDefaults &defaults, AlertPresenter &alerts)
+    {
+        return {defaults,       clock,  screens, content, screenAccess, authorization, deviceCatalog,
+                captureStreams, movies, queues,  files,   alerts,       workspace};
+    }
+};
+
+void nameApplication()
+{
+    QCoreApplication::setApplicationName(QStringLiteral("Zivra"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(ZIVRA_VERSION));
+}
+
+int record(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    nameApplication();
+    RecordArguments arguments;
+    try {
+        arguments = RecordArguments::parse(QCoreApplication::arguments().mid(2));
+    } catch (const ArgumentError &error) {
+        complain(QString::fromUtf8(error.what()));
+        return kBadUsage;
+    }
+    desktop::JsonUserDefaults stored(desktop::JsonUserDefaults::standardPath());
+    desktop::TransientUserDefaults defaults(stored);
+    desktop::ConsoleAlertPresenter alerts;
+    CaptureServices services;
+    RecordCommand command(services.platform(defaults, alerts), arguments);
+    const desktop::TerminationSignals signalsStop([&command] { command.stop(); });
+    int status = kNoMovie;
+    command.start(
+        [&status](const std::optional<QUrl> &movie) {
+            if (movie) {
+                printLine(stdout, movie->toLocalFile());
+                status = kSuccess;
+            }
+            QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+        },
+        complain);
+    QCoreApplication::exec();
+    return status;
+}
+
+/// The program in the tray.
+struct Resident {
+    desktop::JsonUserDefaults defaults{desktop::JsonUserDefaults::standardPath()};
+    desktop::DialogAlertPresenter alerts;
+    CaptureServices services;
+    Platform platform = services.platform(defaults, alerts);
+    desktop::X11HotKeys hotKeys;
+    desktop::TrayStatusItem statusItem;
+    desktop::QtPasteboard pasteboard;
+    ResidentPlatform resident{hotKeys, statusItem, pasteboard};
+    NoCamera camera;
+    NoCameraBubble bubble;
+    NoDrawingOverlay drawing;
+    NoControlBar controlBar;
+    CountdownController countdown;
+    FixedAreaSelector areaSelector{std::nullopt};
+    LibraryFolder libraryWindow{services.workspace, [this] { return delegate.library().folder(); }};
+    AppDelegate delegate;
+
+    Resident() : delegate(platform, resident, surfaces(), {.libraryWindow = &libraryWindow})
+    {
+        HotKeyCenter::shared().useService(&hotKeys);
+        delegate.coordinator().onTakeDied = complain;
+    }
+    ~Resident() { HotKeyCenter::shared().useService(nullptr); }
+    Resident(const Resident &) = delete;
+    Resident &operator=(const Resident &) = delete;
+
+    RecordingSurfaces surfaces() { return {camera, bubble, drawing, controlBar, countdown, areaSelector}; }
+};
+
+QList<QUrl> urlsFrom(const QStringList &arguments)
+{
+    QList<QUrl> urls;
+    for (const QString &argument : arguments) {
+        urls.append(QUrl(argument, QUrl::StrictMode));
+    }
+    return urls;
+}
+
+int runInTray(int argc, char **argv)
+{
+    // Without a display QApplication would abort; this says so in words.
+    desktop::XcbConnection();
+    QApplication application(argc, argv);
+    nameApplication();
+    QApplication::setApplicationDisplayName(QStringLiteral("Zivra"));
+    QApplication::setDesktopFileName(QStringLiteral("io.quillbeck.zivra"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    const QList<QUrl> urls = urlsFrom(QCoreApplication::arguments().mid(1));
+
+    desktop::SingleInstance instance;
+    if (instance.claim() == desktop::SingleInstance::Role::Secondary) {
+        return instance.handOver(urls) ? kSuccess : kNoMovie;
+    }
+    Resident program;
+    instance.setActivateHandler([&program] { program.delegate.reopen(); });
+    instance.setOpenHandler([&program](const QList<QUrl> &opened) { program.delegate.open(opened); });
+    program.delegate.applicationDidFinishLaunching();
+    program.delegate.open(urls);
+    return QApplication::exec();
+}
+
+int usageError(const char *argument)
+{
+    complain(
+        QStringLiteral("unknown argument \"%1\"; see zivra --help").arg(QString::fromLocal8Bit(argument)));
+    return kBadUsage;
+}
+
+int run(int argc, char **argv)
+{
+    const QByteArray first = argc > 1 ? argv[1] : "";
+    if (first == "--help" || first == "-h") {
+        std::fputs(kHelp, stdout);
+        return kSuccess;
+    }
+    if (first == "--version") {
+        printLine(stdout, QStringLiteral("Zivra %1").arg(QStringLiteral(ZIVRA_VERSION)));
+        return kSuccess;
+    }
+    if (first == "record") {
+        return record(argc, argv);
+    }
+    for (int index = 1; index < argc; ++index) {
+        if (!QByteArray(argv[index]).startsWith("zivra:")) {
+            return usageError(argv[index]);
+        }
+    }
+    return runInTray(argc, argv);
+}
+
+} // namespace
+
+} // namespace zivra
+
+int main(int argc, char **argv)
+{
+    try {
+        return zivra::run(argc, argv);
+    } catch (const std::exception &error) {
+        zivra::complain(QString::fromUtf8(error.what()));
+        return zivra::kNoMovie;
+    }
+}
