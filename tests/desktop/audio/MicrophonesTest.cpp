@@ -26,16 +26,16 @@ TEST(Microphones, FollowTheServer)
     const auto changed = [&] { return std::exchange(changes, 0) > 0; };
     EXPECT_TRUE(comesTrue(changed)) << "the first answer is a change";
 
-    server.control({"set-default-source", "out.monitor"});
-    server.control({"load-module", "module-remap-source", "master=mic_feed.monitor", "source_name=second"});
+    server.control("set-default-source out.monitor");
+    server.control("load-module module-remap-source master=mic_feed.monitor source_name=second");
     EXPECT_TRUE(comesTrue([&] { return catalog.devices(MediaType::Audio).size() == 2; }));
     EXPECT_TRUE(comesTrue(changed));
     EXPECT_EQ(catalog.defaultDevice(MediaType::Audio), kMicrophone) << "a monitor is no microphone";
-    server.control({"set-default-source", "second"});
+    server.control("set-default-source second");
     EXPECT_TRUE(comesTrue(changed));
     EXPECT_EQ(catalog.defaultDevice(MediaType::Audio)->uniqueID, "second");
 
-    server.control({"unload-module", "module-remap-source"});
+    server.control("unload-module module-remap-source");
     EXPECT_TRUE(comesTrue([&] { return changed() && catalog.devices(MediaType::Audio).empty(); }));
     EXPECT_EQ(catalog.defaultDevice(MediaType::Audio), std::nullopt);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QProcess>
+#include <QString>
 #include <QTemporaryDir>
 
 #include <atomic>
@@ -21,15 +21,16 @@ public:
     void start();
     void kill();
     /// Asks the server by its command-line tool; what that printed, trimmed.
-    QString control(const QStringList &arguments) const;
+    QString control(const QString &arguments) const;
 
 private:
     QTemporaryDir m_directory;
-    QProcess m_process;
+    QString m_process; ///< its identifier; empty when it does not run
 };
 
-inline const QStringList kLoadMicrophone{"load-module", "module-remap-source", "master=mic_feed.monitor",
-                                         "source_name=mic", "source_properties=device.description=Desk"};
+inline constexpr auto kLoadMicrophone =
+    "load-module module-remap-source master=mic_feed.monitor source_name=mic "
+    "source_properties=device.description=Desk";
 
 /// Plays to an output for as long as it lives: a tone, or short impulses twice a second.
 class SoundPlayer {

@@ -61,10 +61,10 @@ std::vector<float> SoundRecording::latest() const
 double SoundRecording::level(double frequency) const
 {
     const auto sound = latest();
+    const double step = 2 * std::numbers::pi * frequency / format().sampleRate;
     std::complex<double> sum;
     for (std::size_t i = 0; i < sound.size(); ++i) {
-        sum += std::polar(static_cast<double>(sound[i]),
-                          2 * std::numbers::pi * frequency * static_cast<double>(i) / format().sampleRate);
+        sum += std::polar(static_cast<double>(sound[i]), step * static_cast<double>(i));
     }
     return sound.empty() ? 0 : 2 * std::abs(sum) / static_cast<double>(sound.size());
 }

@@ -74,23 +74,21 @@ TEST_F(SoundSource, StampsSoundWithTheTimeItIsHeard)
 TEST_F(SoundSource, FollowsTheDefaultOutput)
 {
     startServer();
-    const auto other =
-        m_server.control({"load-module", "module-null-sink", "sink_name=other", "norewinds=1"});
+    m_server.control("load-module module-null-sink sink_name=other norewinds=1");
     const SoundPlayer first("out", kOutputTone);
-    std::optional<SoundPlayer> second(std::in_place, "other", kOtherTone);
+    const SoundPlayer second("other", kOtherTone);
     const SoundPlayer voice("mic_feed", kMicrophoneTone);
     SoundRecording system(systemSound());
     EXPECT_TRUE(system.comesToHear(kOutputTone));
 
-    m_server.control({"set-default-sink", "other"});
+    m_server.control("set-default-sink other");
     EXPECT_TRUE(system.comesToHear(kOtherTone));
-    system.goOn(MediaTime::fromMilliseconds(500));
-    EXPECT_LT(system.level(kOutputTone), 0.01);
 
-    m_server.control({"set-default-sink", "out"});
-    m_server.control({"set-default-sink", "other"});
+    m_server.control("set-default-sink out");
+    m_server.control("set-default-sink other");
+    system.goOn(MediaTime::fromMilliseconds(800));
     EXPECT_TRUE(system.comesToHear(kOtherTone));
-    m_server.control({"unload-module", "module-null-sink"});
+    m_server.control("unload-module module-null-sink");
     EXPECT_TRUE(system.comesToBeSilent());
     system.goOn(MediaTime::fromMilliseconds(500));
     EXPECT_LT(system.level(kMicrophoneTone), 0.01);
@@ -107,8 +105,8 @@ TEST_F(SoundSource, WaitsForItsMicrophoneInSilence)
     EXPECT_TRUE(named.comesToHear(kMicrophoneTone));
     EXPECT_TRUE(standard.comesToHear(kMicrophoneTone));
 
-    m_server.control({"load-module", "module-remap-source", "master=out.monitor", "source_name=other"});
-    m_server.control({"unload-module", "module-remap-source"});
+    m_server.control("load-module module-remap-source master=out.monitor source_name=other");
+    m_server.control("unload-module module-remap-source");
     EXPECT_TRUE(named.comesToBeSilent());
     EXPECT_TRUE(standard.comesToBeSilent());
     m_server.control(kLoadMicrophone);
@@ -116,9 +114,9 @@ TEST_F(SoundSource, WaitsForItsMicrophoneInSilence)
     EXPECT_TRUE(standard.comesToHear(kMicrophoneTone));
 
     // A suspended device is there and delivers nothing.
-    m_server.control({"suspend-source", "mic", "1"});
+    m_server.control("suspend-source mic 1");
     EXPECT_TRUE(named.comesToBeSilent());
-    m_server.control({"suspend-source", "mic", "0"});
+    m_server.control("suspend-source mic 0");
     EXPECT_TRUE(named.comesToHear(kMicrophoneTone));
     named.expectUnbroken();
     standard.expectUnbroken();
