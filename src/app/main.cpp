@@ -30,7 +30,9 @@
 #include <QApplication>
 #include <QCoreApplication>
 
+#include <csignal>
 #include <cstdio>
+#include <memory>
 
 namespace zivra {
 
@@ -201,6 +203,8 @@ int usageError(const char *argument)
 
 int run(int argc, char **argv)
 {
+    // A movie that grows beyond a limit on file sizes is to fail like on a full disk, in words.
+    std::signal(SIGXFSZ, SIG_IGN);
     const QByteArray first = argc > 1 ? argv[1] : "";
     if (first == "--help" || first == "-h") {
         std::fputs(kHelp, stdout);
