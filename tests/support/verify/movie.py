@@ -75,7 +75,8 @@ class Movie:
     @cached_property
     def complaints(self):
         """What a full decode has to say; empty for a sound file."""
-        return subprocess.run(["ffmpeg", "-v", "warning", "-i", self.path, "-f", "null", "-"], check=False,
+        return subprocess.run(["ffmpeg", "-v", "warning", "-i", self.path, "-fps_mode", "passthrough",
+                               "-enc_time_base", "-1", "-f", "null", "-"], check=False,
                               capture_output=True).stderr.decode().strip()
 
     def frames(self, height=180):

@@ -1,0 +1,127 @@
+"""Drives the program and the private desktop around it."""
+
+import json
+import os
+import signal
+import subprocess
+import time
+import unittest
+from pathlib import Path
+
+from movie import Movie
+
+ZIVRA = os.environ["ZIVRA"]
+LIBRARY = Path(subprocess.run(["xdg-user-dir", "VIDEOS"], check=True, capture_output=True, text=True).stdout.strip()) / "Zivra"
+DEFAULTS = Path(os.environ["XDG_CONFIG_HOME"]) / "io.quillbeck.zivra" / "defaults.json"
+SETTINGS = {"mode": "screenOnly", "countdown": False, "micEnabled": False, "showPanelOnLaunch": False,
+            "openLibraryAfterRecording": False}
+
+
+def run(*command, **options):
+    return subprocess.run(command, capture_output=True, text=True, timeout=60, check=False, **options)
+
+
+def xdotool(*arguments):
+    return subprocess.run(["xdotool", *map(str, arguments)], check=True, capture_output=True, text=True).stdout.strip()
+
+
+def until(what, condition, seconds=15):
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        value = condition()
+        if value:
+            return value
+        time.sleep(0.02)
+    raise AssertionError(f"{what} did not happen")
+
+
+def window_named(title):
+    return run("xdotool", "search", "--onlyvisible", "--name", title).stdout.split()
+
+
+def clipboard(kind):
+    return run("xclip", "-selection", "clipboard", "-o", "-t", kind).stdout
+
+
+class Journey(unittest.TestCase):
+    """Each test begins with an empty library and the settings above, and ends what it started."""
+
+    def setUp(self):
+        self.write_settings()
+        LIBRARY.mkdir(parents=True, exist_ok=True)
+        for movie in LIBRARY.iterdir():
+            movie.unlink()
+
+    def start(self, *command, **options):
+        process = subprocess.Popen(command, text=True, **options)
+
+        def end():
+            if process.poll() is None:
+                process.terminate()
+            process.communicate(timeout=20)
+
+        self.addCleanup(end)
+        return process
+
+    def scene(self, *arguments, title="Zivra scene"):
+        process = self.start(os.environ["ZIVRA_SCENE"], "--title", title, *map(str, arguments))
+        until("the scene", lambda: window_named(f"^{title}$"))
+        time.sleep(1.2)  # its sound has settled
+        return process
+
+    def record(self, *arguments, seconds=2):
+        """A take from the shell: the finished process."""
+        return run(ZIVRA, "record", "--seconds", str(seconds), *map(str, arguments))
+
+    def recorded(self, *arguments, seconds=2):
+        """The movie of a take from the shell."""
+        done = self.record(*arguments, seconds=seconds)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        movie = Movie(done.stdout.strip())
+        self.assertEqual(movie.complaints, "")
+        return movie
+
+    def write_settings(self, **others):
+        DEFAULTS.parent.mkdir(parents=True, exist_ok=True)
+        DEFAULTS.write_text(json.dumps({**SETTINGS, **others}))
+
+    def resident(self, **settings):
+        """The program in the tray, with its hot keys working."""
+        self.write_settings(**settings)
+        process = self.start(ZIVRA, stderr=subprocess.PIPE)
+        until("the program", self.is_resident)
+        return process
+
+    @staticmethod
+    def is_resident():
+        asked = run("dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/",
+                    "org.freedesktop.DBus.NameHasOwner", "string:io.quillbeck.zivra")
+        return "true" in asked.stdout
+
+    @staticmethod
+    def press(key, then=0.0):
+        """One of the program's hot keys; then the user waits."""
+        xdotool("key", f"alt+shift+{key}")
+        time.sleep(then)
+
+    @staticmethod
+    def files():
+        return sorted(LIBRARY.glob("[!.]*"))
+
+    def handed_over(self):
+        """The movie that the clipboard refers to, once it does."""
+        until("the movie on the clipboard", lambda: "file://" in clipboard("text/uri-list"))
+        self.assertEqual(len(self.files()), 1)
+        return Movie(self.files()[0])
+
+    def assert_in_step(self, movie, tolerance=0.040):
+        """Each flash has its burst."""
+        from movie import sound_offsets
+        offsets = sound_offsets(movie.frames(), movie.sound())
+        self.assertTrue(offsets, "no flash was seen or no burst heard")
+        self.assertLess(max(map(abs, offsets)), tolerance, offsets)
+        return offsets
+
+    def interrupt(self, process):
+        process.send_signal(signal.SIGINT)
+        return process.communicate(timeout=30)
