@@ -1,4 +1,4 @@
-#include "desktop/audio/PrivateSoundServer.h"
+#include "desktop/audio/PulseDeviceCatalog.h"
 #include "desktop/audio/PulseSoundSourceFactory.h"
 #include "desktop/audio/SoundRecording.h"
 
@@ -16,25 +16,36 @@ constexpr double kOutputTone = 440;
 constexpr double kOtherTone = 600;
 constexpr double kMicrophoneTone = 1000;
 
-class SoundSource : public testing::Test {
+class PulseSound : public testing::Test {
 protected:
     void startServer()
     {
         m_server.start();
         connect();
     }
-    void connect() { m_factory.emplace(connectToPulseServer()); }
+    void connect()
+    {
+        const auto server = connectToPulseServer();
+        m_factory.emplace(server);
+        m_catalog.emplace(server);
+    }
     std::unique_ptr<CaptureSource> systemSound() { return m_factory->makeSystemSoundSource(kSystemFormat); }
     std::unique_ptr<CaptureSource> microphone(const std::optional<QString> &id = std::nullopt)
     {
         return m_factory->makeMicrophoneSource(id);
     }
+    [[nodiscard]] std::vector<CaptureDevice> devices() const { return m_catalog->devices(MediaType::Audio); }
+    [[nodiscard]] std::optional<CaptureDevice> standard() const
+    {
+        return m_catalog->defaultDevice(MediaType::Audio);
+    }
 
     PrivateSoundServer m_server;
     std::optional<PulseSoundSourceFactory> m_factory;
+    std::optional<PulseDeviceCatalog> m_catalog;
 };
 
-TEST_F(SoundSource, KeepsSystemSoundAndMicrophoneApart)
+TEST_F(PulseSound, KeepsSystemSoundAndMicrophoneApart)
 {
     startServer();
     const SoundPlayer output("out", kOutputTone);
@@ -54,7 +65,7 @@ TEST_F(SoundSource, KeepsSystemSoundAndMicrophoneApart)
     mic.expectUnbroken();
 }
 
-TEST_F(SoundSource, StampsSoundWithTheTimeItIsHeard)
+TEST_F(PulseSound, StampsSoundWithTheTimeItIsHeard)
 {
     startServer();
     const auto errorOf = [](std::unique_ptr<CaptureSource> source, const char *output) {
@@ -71,7 +82,7 @@ TEST_F(SoundSource, StampsSoundWithTheTimeItIsHeard)
     EXPECT_LT(errorOf(microphone(), "mic_feed"), 30);
 }
 
-TEST_F(SoundSource, FollowsTheDefaultOutput)
+TEST_F(PulseSound, FollowsTheDefaultOutput)
 {
     startServer();
     m_server.control("load-module module-null-sink sink_name=other norewinds=1");
@@ -95,7 +106,7 @@ TEST_F(SoundSource, FollowsTheDefaultOutput)
     system.expectUnbroken();
 }
 
-TEST_F(SoundSource, WaitsForItsMicrophoneInSilence)
+TEST_F(PulseSound, WaitsForItsMicrophoneInSilence)
 {
     startServer();
     const SoundPlayer output("out", kOutputTone);
@@ -122,7 +133,7 @@ TEST_F(SoundSource, WaitsForItsMicrophoneInSilence)
     standard.expectUnbroken();
 }
 
-TEST_F(SoundSource, OutlivesTheServer)
+TEST_F(PulseSound, OutlivesTheServer)
 {
     startServer();
     SoundRecording system(systemSound());
@@ -143,7 +154,7 @@ TEST_F(SoundSource, OutlivesTheServer)
     mic.expectUnbroken();
 }
 
-TEST_F(SoundSource, IsSilentWithoutAServer)
+TEST_F(PulseSound, IsSilentWithoutAServer)
 {
     connect();
     SoundRecording system(systemSound());
@@ -151,12 +162,42 @@ TEST_F(SoundSource, IsSilentWithoutAServer)
     EXPECT_EQ(system.format(), kSystemFormat);
     EXPECT_EQ(mic.format(), (AudioFormat{.sampleRate = 48000, .channels = 1}));
     EXPECT_TRUE(system.comesToBeSilent());
+    EXPECT_TRUE(devices().empty());
+    EXPECT_EQ(standard(), std::nullopt);
 
     m_server.start();
     const SoundPlayer voice("mic_feed", kMicrophoneTone);
     EXPECT_TRUE(mic.comesToHear(kMicrophoneTone));
     mic.expectUnbroken();
     system.expectUnbroken();
+}
+
+TEST_F(PulseSound, ListsTheMicrophonesAsTheyChange)
+{
+    const CaptureDevice desk{.uniqueID = "mic", .name = "Desk"};
+    startServer();
+    EXPECT_EQ(devices(), std::vector{desk}) << "asked before the first answer";
+    EXPECT_EQ(standard(), desk);
+    EXPECT_TRUE(m_catalog->devices(MediaType::Video).empty());
+
+    int changes = 0;
+    m_catalog->setChangeHandler([&] { ++changes; });
+    const auto changed = [&] { return std::exchange(changes, 0) > 0; };
+    EXPECT_TRUE(comesTrue(changed)) << "the first answer is a change";
+
+    m_server.control("set-default-source out.monitor");
+    m_server.control("load-module module-remap-source master=mic_feed.monitor source_name=second");
+    EXPECT_TRUE(comesTrue([&] { return changed() && devices().size() == 2; }));
+    EXPECT_EQ(standard(), desk) << "a monitor is no microphone";
+    m_server.control("set-default-source second");
+    EXPECT_TRUE(comesTrue([&] { return changed() && standard()->uniqueID == "second"; }));
+    m_server.control("unload-module module-remap-source");
+    EXPECT_TRUE(comesTrue([&] { return changed() && devices().empty(); }));
+    EXPECT_EQ(standard(), std::nullopt);
+
+    m_server.kill();
+    m_server.start();
+    EXPECT_TRUE(comesTrue([&] { return devices() == std::vector{desk}; })) << "asks again";
 }
 
 } // namespace
