@@ -106,6 +106,33 @@ void Picture::drawBars(int frame)
     }
 }
 
+void Picture::drawDigit(int digit, int x, int y, int width)
+{
+    // Seven segments, a bit each: top, upper right, lower right, bottom, lower left, upper left, middle.
+    constexpr std::array<int, 10> kSegments{0x3f, 0x06, 0x5b, 0x4f, 0x66, 0x6d, 0x7d, 0x07, 0x7f, 0x6f};
+    const int stroke = width / 5;
+    const int half = width - stroke;
+    const std::array<xcb_point_t, 7> from{{{0, 0}, {1, 0}, {1, 1}, {0, 2}, {0, 1}, {0, 0}, {0, 1}}};
+    for (std::size_t segment = 0; segment < from.size(); ++segment) {
+        const bool isFlat = segment % 3 == 0;
+        if ((kSegments.at(static_cast<std::size_t>(digit)) >> segment & 1) != 0) {
+            fill(kWhite, x + from.at(segment).x * half, y + from.at(segment).y * half,
+                 isFlat ? width : stroke, isFlat ? stroke : width);
+        }
+    }
+}
+
+void Picture::drawNumber(int frame)
+{
+    constexpr int kDigits = 5;
+    const int pitch = m_options.height / 10;
+    int x = m_options.width / 2 + pitch * kDigits / 2;
+    for (int digit = 0; digit < kDigits; ++digit, frame /= 10) {
+        x -= pitch;
+        drawDigit(frame % 10, x, m_options.height * 2 / 5, pitch * 2 / 3);
+    }
+}
+
 void Picture::draw(int frame, bool flash)
 {
     const int strip = m_options.height / 10;
@@ -113,6 +140,9 @@ void Picture::draw(int frame, bool flash)
     drawCode(frame);
     fill(flash ? kWhite : kBlack, 0, strip, m_options.width, strip);
     drawBars(frame);
+    if (m_options.motion == Motion::Full) {
+        drawNumber(frame);
+    }
     xcb_copy_area(m_connection.get(), m_buffer, m_window, m_gc, 0, 0, 0, 0,
                   static_cast<std::uint16_t>(m_options.width), static_cast<std::uint16_t>(m_options.height));
     xcb_flush(m_connection.get());

@@ -22,7 +22,7 @@ struct PictureOptions {
 
 /// A window that shows the number of its frame. From top to bottom: a tenth of the height with 18 cells
 /// (white, the number's 16 low bits from the highest, their parity; white is one), a tenth that is white in
-/// the frames that flash, and moving bars.
+/// the frames that flash, and moving bars with the number in digits.
 class Picture {
 public:
     explicit Picture(const PictureOptions &options);
@@ -39,6 +39,8 @@ private:
     void fill(unsigned colour, int x, int y, int width, int height);
     void drawCode(int frame);
     void drawBars(int frame);
+    void drawDigit(int digit, int x, int y, int width);
+    void drawNumber(int frame);
 
     PictureOptions m_options;
     std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
