@@ -1,14 +1,8 @@
 #include "app/AppDelegate.h"
 
 #include "app/FakeSurfaces.h"
-#include "support/fakes/Await.h"
 #include "support/fakes/FakeCaptureStream.h"
-#include "support/fakes/FakeDesktop.h"
-#include "support/fakes/FakeDevices.h"
-#include "support/fakes/FakeFileSystem.h"
 #include "support/fakes/FakeHotKeyService.h"
-#include "support/fakes/FakeMovieServices.h"
-#include "support/fakes/FakeUserDefaults.h"
 #include "support/fakes/ManualQueue.h"
 
 #include <QCoreApplication>
@@ -98,7 +92,7 @@ struct FakeCloud final : CloudAccount, CloudUploader {
     std::function<void(const QString &)> onLink;
 };
 
-struct AppDelegateTest : testing::Test {
+struct AppDelegateTest : testing::Test, FakeWorld {
     AppDelegateTest()
     {
         defaults.setValue("mode", "screenOnly");
@@ -124,34 +118,15 @@ struct AppDelegateTest : testing::Test {
         delegate->applicationDidFinishLaunching();
     }
     void finishMovie(const QString &name) { delegate->coordinator().onFinished(QUrl::fromLocalFile(name)); }
-    Log taken() { return std::exchange(log, {}); }
 
-    Log log;
-    FakeUserDefaults defaults;
-    FakeClock clock;
-    FakeScreens screens;
-    FakeContentQuery content;
-    FakeScreenCaptureAccess screenAccess;
-    FakeAuthorization authorization;
-    FakeDeviceCatalog catalog;
     FakeCaptureStreams streams;
-    FakeMovieServices movies;
     ManualQueueFactory queues;
-    FakeFileSystem files;
-    FakeAlerts alerts;
-    FakeWorkspace workspace;
     FakeHotKeyService hotKeys;
     FakeStatusItem statusItem;
     FakePasteboard pasteboard;
     Platform platform{defaults, clock,  screens, content, screenAccess, authorization, catalog,
                       streams,  movies, queues,  files,   alerts,       workspace};
     ResidentPlatform resident{hotKeys, statusItem, pasteboard};
-    FakeCamera camera{log};
-    FakeBubble bubble{log};
-    FakeDrawing drawing{log};
-    FakeControlBar controlBar{log};
-    FakeCountdown countdown{log};
-    FakeAreaSelector areaSelector;
     FakePanel panel{clock};
     FakeWindows windows{log};
     FakeCloud cloud{log};

@@ -2,12 +2,6 @@
 #include "app/RecordingCoordinator.h"
 #include "capture/ZivraError.h"
 #include "platform/PlatformError.h"
-#include "support/fakes/Await.h"
-#include "support/fakes/FakeDesktop.h"
-#include "support/fakes/FakeDevices.h"
-#include "support/fakes/FakeFileSystem.h"
-#include "support/fakes/FakeMovieServices.h"
-#include "support/fakes/FakeUserDefaults.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -30,7 +24,7 @@ QString nameOf(Phase phase)
 
 /// A coordinator among fakes that all write to one log: one screen (number 1), nothing refused, no
 /// countdown, no microphone, `screenOnly`.
-struct CoordinatorTest : testing::Test {
+struct CoordinatorTest : testing::Test, FakeWorld {
     CoordinatorTest()
     {
         settings.setMode(RecordingMode::ScreenOnly);
@@ -73,8 +67,6 @@ struct CoordinatorTest : testing::Test {
                 }};
     }
 
-    /// What has been logged since the last call.
-    Log taken() { return std::exchange(log, {}); }
     void startRecording()
     {
         coordinator.start();
@@ -89,24 +81,6 @@ struct CoordinatorTest : testing::Test {
         return shown.size() == 1 ? shown.front().message : QString("%1 alerts").arg(shown.size());
     }
 
-    Log log;
-    FakeUserDefaults defaults;
-    FakeClock clock;
-    FakeScreens screens;
-    FakeContentQuery content;
-    FakeScreenCaptureAccess screenAccess;
-    FakeAuthorization authorization;
-    FakeDeviceCatalog catalog;
-    FakeAlerts alerts;
-    FakeWorkspace workspace;
-    FakeMovieServices movies;
-    FakeFileSystem files;
-    FakeCamera camera{log};
-    FakeBubble bubble{log};
-    FakeDrawing drawing{log};
-    FakeControlBar controlBar{log};
-    FakeCountdown countdown{log};
-    FakeAreaSelector areaSelector;
     FakeTakes takes{log};
     bool mergeFails = false;
     Settings settings{defaults};

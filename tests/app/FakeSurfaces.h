@@ -1,6 +1,12 @@
 #pragma once
 
 #include "app/AppDelegate.h"
+#include "support/fakes/Await.h"
+#include "support/fakes/FakeDesktop.h"
+#include "support/fakes/FakeDevices.h"
+#include "support/fakes/FakeFileSystem.h"
+#include "support/fakes/FakeMovieServices.h"
+#include "support/fakes/FakeUserDefaults.h"
 #include "support/fakes/ScriptedResult.h"
 
 #include <QCoroFuture>
@@ -132,5 +138,29 @@ inline std::unique_ptr<ScreenTake> FakeTakes::make(const ScreenRecorderOptions &
     options = given;
     return std::make_unique<FakeTake>(*this);
 }
+
+/// Everything around a coordinator, writing to one log. Nothing is refused; there is one screen, number 1.
+struct FakeWorld {
+    Log taken() { return std::exchange(log, {}); }
+
+    Log log;
+    FakeUserDefaults defaults;
+    FakeClock clock;
+    FakeScreens screens;
+    FakeContentQuery content;
+    FakeScreenCaptureAccess screenAccess;
+    FakeAuthorization authorization;
+    FakeDeviceCatalog catalog;
+    FakeAlerts alerts;
+    FakeWorkspace workspace;
+    FakeMovieServices movies;
+    FakeFileSystem files;
+    FakeCamera camera{log};
+    FakeBubble bubble{log};
+    FakeDrawing drawing{log};
+    FakeControlBar controlBar{log};
+    FakeCountdown countdown{log};
+    FakeAreaSelector areaSelector;
+};
 
 } // namespace zivra::test
