@@ -3,7 +3,6 @@
 #include "capture/ZivraError.h"
 #include "platform/PlatformError.h"
 
-#include <QCoreApplication>
 #include <QCoroFuture>
 #include <QFile>
 #include <QPointer>
@@ -58,7 +57,8 @@ void removeFile(const std::optional<QUrl> &url)
 
 RecordingCoordinator::RecordingCoordinator(Collaborators collaborators, QObject *parent)
     : RecordingControls(parent),
-      m_with(std::move(collaborators))
+      m_with(std::move(collaborators)),
+      m_planner({m_with.settings, m_with.screens, m_with.content, m_with.screenAccess, m_with.areaSelector})
 {
     m_ticker.setInterval(std::chrono::milliseconds(250));
     connect(&m_ticker, &QTimer::timeout, this, [this] {
@@ -189,7 +189,7 @@ RecordingCoordinator::Task RecordingCoordinator::prepareAndStart(bool useCountdo
     const bool withScreen = m_mode != RecordingMode::CameraOnly;
     co_await askForPermissions();
     if (withScreen && !(reusePlan && m_plan)) {
-        const CapturePlan plan = co_await makePlan();
+        const CapturePlan plan = co_await m_planner.makePlan();
         m_plan = plan;
     }
     const Screen screen = targetScreen();
@@ -240,35 +240,6 @@ RecordingCoordinator::Task RecordingCoordinator::askForPermissions()
     }
 }
 
-QCoro::Task<CapturePlan> RecordingCoordinator::makePlan()
-{
-    if (!m_with.screenAccess.preflight()) {
-        m_with.screenAccess.request();
-        throw ZivraError(ZivraError::screenPermission);
-    }
-    const CaptureArea area = m_with.settings.captureArea();
-    if (area == CaptureArea::Window) {
-        const ShareableContent content = co_await m_with.content.shareableContent(true, true);
-        const CapturePlan plan = planForWindow(content, m_with.settings.windowID());
-        const auto window = std::ranges::find(content.windows, *plan.windowID, &ShareableWindow::windowID);
-        if (window->owningApplication) {
-            m_with.content.activateApplication(window->owningApplication->processID);
-        }
-        co_return plan;
-    }
-    if (area == CaptureArea::CustomArea) {
-        const Screen screen = screenWithMouse(m_with.screens);
-        const std::optional<QRectF> rectangle = co_await m_with.areaSelector.select(screen);
-        if (!rectangle) {
-            throw ZivraError(ZivraError::cancelled);
-        }
-        co_return CapturePlan{screen.displayID, CaptureArea::CustomArea, *rectangle, std::nullopt};
-    }
-    const auto chosen = screenWithID(m_with.screens, m_with.settings.displayID());
-    const Screen screen = chosen ? *chosen : screenWithMouse(m_with.screens);
-    co_return CapturePlan{screen.displayID, CaptureArea::FullScreen, std::nullopt, std::nullopt};
-}
-
 Screen RecordingCoordinator::targetScreen() const
 {
     if (m_plan && m_mode != RecordingMode::CameraOnly) {
@@ -293,20 +264,10 @@ RecordingCoordinator::Task RecordingCoordinator::startScreenCapture(QUrl url)
     if (!m_plan) {
         throw ZivraError(ZivraError::noDisplay);
     }
-    const ShareableContent content = co_await m_with.content.shareableContent(false, true);
-    const auto display = std::ranges::find(content.displays, m_plan->displayID, &ShareableDisplay::displayID);
-    if (display == content.displays.end()) {
-        throw ZivraError(ZivraError::noDisplay);
-    }
-    ScreenRecorderOptions options;
-    options.filter = contentFilter(*m_plan, content, keptWindows(), QCoreApplication::applicationPid());
-    options.sourceRect = m_plan->sourceRect;
-    options.outputSize = takeSize(*display);
-    options.captureSystemAudio = m_with.settings.systemAudio();
+    ScreenRecorderOptions options = co_await m_planner.takeOptions(*m_plan, keptWindows());
     if (const auto microphone = chosenMicrophone()) {
         options.microphoneID = microphone->uniqueID;
     }
-    options.showClicks = m_with.settings.highlightClicks();
     options.outputURL = url;
 
     std::unique_ptr<ScreenTake> recorder = m_with.makeTake(options);
@@ -323,15 +284,6 @@ RecordingCoordinator::Task RecordingCoordinator::startScreenCapture(QUrl url)
     });
     co_await recorder->start();
     m_screenRecorder = std::move(recorder);
-}
-
-QSize RecordingCoordinator::takeSize(const ShareableDisplay &display) const
-{
-    constexpr double kScaleOfUnknownScreen = 2;
-    const auto screen = screenWithID(m_with.screens, m_plan->displayID);
-    return outputSize(m_plan->sourceRect ? m_plan->sourceRect->size() : display.frame.size(),
-                      screen ? screen->backingScaleFactor : kScaleOfUnknownScreen,
-                      rawValue(m_with.settings.quality()));
 }
 
 std::set<std::uint32_t> RecordingCoordinator::keptWindows() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/CapturePlan.h"
+#include "app/CapturePlanner.h"
 #include "capture/CameraManager.h"
 #include "capture/Devices.h"
 #include "capture/Permissions.h"
@@ -93,11 +94,9 @@ private:
     Task begin(bool useCountdown, bool reusePlan);
     Task prepareAndStart(bool useCountdown, bool reusePlan);
     Task askForPermissions();
-    QCoro::Task<CapturePlan> makePlan();
     [[nodiscard]] Screen targetScreen() const;
     void showCamera(const Screen &screen);
     Task startScreenCapture(QUrl url);
-    [[nodiscard]] QSize takeSize(const ShareableDisplay &display) const;
     [[nodiscard]] std::set<std::uint32_t> keptWindows() const;
     void takeDied(int take, const std::exception_ptr &error);
     QCoro::Task<std::optional<QUrl>> stopCapture();
@@ -119,6 +118,7 @@ private:
     void setMode(RecordingMode mode);
 
     Collaborators m_with;
+    CapturePlanner m_planner;
     Phase m_phase = Phase::Idle;
     double m_elapsed = 0; ///< seconds
     bool m_cameraHidden = false;

@@ -171,10 +171,15 @@ QList<QUrl> urlsFrom(const QStringList &arguments)
     return urls;
 }
 
+/// Throws in words where QApplication would abort.
+void requireDisplay()
+{
+    const desktop::XcbConnection connection;
+}
+
 int runInTray(int argc, char **argv)
 {
-    // Without a display QApplication would abort; this says so in words.
-    desktop::XcbConnection();
+    requireDisplay();
     QApplication application(argc, argv);
     nameApplication();
     QApplication::setApplicationDisplayName(QStringLiteral("Zivra"));
