@@ -68,10 +68,8 @@ void AudioEncoder::encode(const MediaSample &sample, MediaTime time)
 
 void AudioEncoder::fillUntil(MediaTime time)
 {
-    if (!m_timeline.hasSound()) {
-        m_timeline.addSilenceUntil(ticksFrom(time, timeBase()));
-        encodeWholeFrames();
-    }
+    m_timeline.addSilenceUntil(ticksFrom(time, timeBase()));
+    encodeWholeFrames();
 }
 
 void AudioEncoder::encodeWholeFrames()

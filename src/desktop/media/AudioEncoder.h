@@ -15,6 +15,7 @@ public:
     [[nodiscard]] AVRational timeBase() const override { return {1, m_rate}; }
     [[nodiscard]] bool accepts(const MediaSample &sample) const override;
     void encode(const MediaSample &sample, MediaTime time) override;
+    [[nodiscard]] bool hasContent() const override { return m_timeline.hasSound(); }
     void fillUntil(MediaTime time) override;
     void finish() override;
 

@@ -15,6 +15,8 @@ namespace zivra::desktop {
 
 namespace {
 
+const auto kNoMovie = QStringLiteral("There is no movie to read.");
+
 /// Refuses what is not on this machine's file system.
 const QUrl &fileUrl(const QUrl &url)
 {
@@ -72,7 +74,7 @@ QFuture<std::shared_ptr<const MovieAsset>> FFmpegMovieServices::openAsset(const 
 std::unique_ptr<MovieReader> FFmpegMovieServices::makeReader(std::shared_ptr<const MovieAsset> asset)
 {
     if (!asset) {
-        throw PlatformError(QStringLiteral("There is no movie to read."));
+        throw PlatformError(kNoMovie);
     }
     return std::make_unique<FFmpegMovieReader>(std::move(asset));
 }
@@ -82,6 +84,9 @@ QFuture<void> FFmpegMovieServices::exportPassthrough(std::shared_ptr<const Movie
                                                      MovieFileType type)
 {
     return runOn<void>(m_threads, [asset = std::move(asset), range, url, type] {
+        if (!asset) {
+            throw PlatformError(kNoMovie);
+        }
         exportStretch(*asset, range, fileUrl(url).toLocalFile(), type);
     });
 }

@@ -72,6 +72,7 @@ void FragmentMuxer::releaseWaiting(Track &track, std::int64_t duration)
 
 void FragmentMuxer::mux(Track &track, PacketPtr packet)
 {
+    track.latest = std::max(track.latest, packet->pts + packet->duration);
     // The muxer lets every fragment of a track start where the one before ended. Where the next packet
     // comes later than that (a still screen), an earlier decoding time keeps its presentation right.
     if (track.startsFragment && packet->dts > track.end) {
@@ -80,7 +81,6 @@ void FragmentMuxer::mux(Track &track, PacketPtr packet)
     }
     track.startsFragment = false;
     track.end = packet->dts + packet->duration;
-    track.latest = std::max(track.latest, packet->pts + packet->duration);
     av_packet_rescale_ts(packet.get(), track.timeBase, m_context->streams[packet->stream_index]->time_base);
     const int result = av_write_frame(m_context.get(), packet.get());
     if (m_sink.failure() == 0) {

@@ -39,6 +39,7 @@ void PacketCopier::encode(const MediaSample &sample, MediaTime time)
     packet->pts = ticksFrom(time, timeBase());
     packet->dts = ticksFrom(time - reorder, timeBase());
     packet->duration = timing.duration.isValid() ? ticksFrom(timing.duration, timeBase()) : 0;
+    m_hasContent = true;
     m_sink(std::move(packet));
 }
 

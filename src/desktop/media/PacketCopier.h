@@ -17,6 +17,7 @@ public:
     [[nodiscard]] std::optional<TrackTransform> transform() const override { return m_transform; }
     [[nodiscard]] bool accepts(const MediaSample &sample) const override;
     void encode(const MediaSample &sample, MediaTime time) override;
+    [[nodiscard]] bool hasContent() const override { return m_hasContent; }
     void fillUntil(MediaTime time) override;
     void finish() override;
 
@@ -24,6 +25,7 @@ private:
     const std::shared_ptr<const EncodedTrackFormat> m_format;
     const std::optional<TrackTransform> m_transform;
     PacketSink m_sink;
+    bool m_hasContent = false;
 };
 
 } // namespace zivra::desktop

@@ -89,11 +89,43 @@ private:
             }));
     }
 
+    /// To a key frame that is shown no later than the start. The file's index goes by decoding times, which
+    /// may be well before those: where the key frame it finds is too late, the one before is asked for.
     void seek()
     {
-        const auto time = ticksFrom(m_range.start - kSoundLeadIn, m_source->streams[m_firstTrack]->time_base);
-        // Fails where there is no key frame in front: then the beginning, where the file stands, is right.
-        avformat_seek_file(m_source.get(), m_firstTrack, INT64_MIN, time, time, 0);
+        const auto timeBase = m_source->streams[m_firstTrack]->time_base;
+        const auto start = ticksFrom(m_range.start, timeBase);
+        for (auto time = ticksFrom(m_range.start - kSoundLeadIn, timeBase); seekTo(time);) {
+            const auto packet = nextOfFirstTrack();
+            if (!packet || packet->pts <= start) {
+                seekTo(time);
+                return;
+            }
+            time = std::min(time, packet->dts) - 1;
+        }
+    }
+
+    /// To the last key frame of the first track that is decoded no later than `time`; to the beginning, and
+    /// false, where there is none.
+    bool seekTo(std::int64_t time)
+    {
+        if (avformat_seek_file(m_source.get(), m_firstTrack, INT64_MIN, time, time, 0) >= 0) {
+            return true;
+        }
+        avformat_seek_file(m_source.get(), m_firstTrack, INT64_MIN, time, INT64_MAX, 0);
+        return false;
+    }
+
+    /// Null at the end.
+    PacketPtr nextOfFirstTrack()
+    {
+        auto packet = makePacket();
+        do {
+            if (!readPacket(*m_source, m_path, *packet)) {
+                return nullptr;
+            }
+        } while (packet->stream_index != m_firstTrack);
+        return packet;
     }
 
     void copy()

@@ -18,7 +18,6 @@ void SoundTimeline::add(std::span<const float> samples, const AudioFormat &forma
     const auto ahead = position - (m_end + m_resampler->delay());
     const auto tolerance = m_hasSound ? m_tolerance : 0; // the first piece's place is kept exactly
     if (ahead > tolerance) {
-        drain();
         addSilenceUntil(position);
     } else if (ahead < -tolerance) {
         const auto skipped = static_cast<std::size_t>(
@@ -54,6 +53,10 @@ void SoundTimeline::drain()
 
 void SoundTimeline::addSilenceUntil(std::int64_t position)
 {
+    if (m_resampler && position <= m_end + m_resampler->delay()) {
+        return;
+    }
+    drain();
     if (position > m_end) {
         append({}, static_cast<std::size_t>((position - m_end) * m_format.channels));
     }

@@ -27,7 +27,10 @@ public:
 
     /// `time` is the sample's presentation time on the movie's timeline.
     virtual void encode(const MediaSample &sample, MediaTime time) = 0;
-    /// Lets a track that has got nothing so far go on until `time` without content, as far as its medium can.
+    /// Whether it has got any sample that lies in the movie.
+    [[nodiscard]] virtual bool hasContent() const = 0;
+    /// Lets the track go on until `time` without content, if its medium has such a thing and it is not there
+    /// yet.
     virtual void fillUntil(MediaTime time) = 0;
     /// Gives out what is still inside.
     virtual void finish() = 0;

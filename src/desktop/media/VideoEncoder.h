@@ -15,6 +15,7 @@ public:
     [[nodiscard]] AVRational timeBase() const override;
     [[nodiscard]] bool accepts(const MediaSample &sample) const override;
     void encode(const MediaSample &sample, MediaTime time) override;
+    [[nodiscard]] bool hasContent() const override { return m_lastTime >= 0; }
     void fillUntil(MediaTime time) override;
     void finish() override;
 

@@ -12,6 +12,9 @@ namespace {
 
 constexpr std::chrono::seconds kFlushInterval{1};
 constexpr std::int64_t kMaxUnflushedSize = 8 << 20; // bytes
+/// Sound that stays away for longer will hardly come any more. Silence takes its place bit by bit: all of it
+/// at once, after an hour, would keep everything else waiting.
+constexpr MediaTime kMaxSoundDelay = MediaTime::fromSeconds(30);
 /// Enough silence for every encoder to give out a packet.
 constexpr MediaTime kOpeningSilence = MediaTime::fromMilliseconds(100);
 
@@ -97,11 +100,21 @@ void WriterWorker::flushIfDue()
     const auto now = Clock::now();
     if (now >= m_nextFlush) {
         m_nextFlush = now + kFlushInterval;
+        fillMissingSound();
         if (m_muxer.hasFragment() || prepareFirstFlush()) {
             m_muxer.flush();
         }
     } else if (m_muxer.hasFragment() ? m_muxer.unflushedSize() > kMaxUnflushedSize : allTracksHavePackets()) {
         m_muxer.flush();
+    }
+}
+
+void WriterWorker::fillMissingSound()
+{
+    for (std::size_t i = 0; i < m_tracks.size(); ++i) {
+        if (m_intake.isRealTime(i)) {
+            m_tracks[i]->fillUntil(m_muxer.end() - kMaxSoundDelay);
+        }
     }
 }
 
@@ -136,7 +149,9 @@ void WriterWorker::complete()
 {
     guarded([&] {
         for (const auto &track : m_tracks) {
-            track->fillUntil(m_muxer.end());
+            if (!track->hasContent()) {
+                track->fillUntil(m_muxer.end());
+            }
         }
         for (const auto &track : m_tracks) {
             track->finish();
@@ -144,6 +159,9 @@ void WriterWorker::complete()
         m_muxer.finish();
     });
     m_sink.close();
+    if (m_sink.failure() != 0 && !m_interrupted && !m_failed) {
+        fail(std::make_exception_ptr(PlatformError(writeFailureText(m_sink.failure()))));
+    }
     if (!m_failed && !m_muxer.hasFragment()) {
         fail(std::make_exception_ptr(PlatformError(m_interrupted ? writeFailureText(m_sink.failure())
                                                                  : QStringLiteral("Nothing was recorded."))));

@@ -41,6 +41,7 @@ private:
     void openTracks();
     void process(const SampleIntake::Sample &taken);
     void flushIfDue();
+    void fillMissingSound();
     [[nodiscard]] bool allTracksHavePackets() const;
     [[nodiscard]] bool prepareFirstFlush();
     void complete();
