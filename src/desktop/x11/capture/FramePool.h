@@ -4,37 +4,48 @@
 
 #include <QSize>
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
 namespace zivra::desktop {
 
-/// The memory of one frame in planar YUV 4:2:0; sides are even.
-struct FrameBuffer {
-    explicit FrameBuffer(QSize frameSize);
+/// The memory of one picture in planar YUV 4:2:0; sides are even.
+class FrameBuffer {
+public:
+    explicit FrameBuffer(QSize size);
 
-    QSize size;
-    std::vector<std::uint8_t> bytes;
+    [[nodiscard]] QSize size() const { return m_size; }
+    [[nodiscard]] int stride(int plane) const { return plane == 0 ? m_size.width() : m_size.width() / 2; }
+    /// Where a place of the picture, with even coordinates, is found in the plane.
+    [[nodiscard]] std::uint8_t *at(int plane, int x = 0, int y = 0);
 
-    [[nodiscard]] std::uint8_t *plane(int index);
-    [[nodiscard]] int stride(int index) const { return index == 0 ? size.width() : size.width() / 2; }
+    /// Which picture it holds, as the converter counts them; 0: none.
+    std::uint64_t generation = 0;
+
+private:
+    QSize m_size;
+    std::vector<std::uint8_t> m_bytes;
 };
 
-/// A fixed number of frame buffers. A frame's buffer comes back when its last reference is dropped, on
-/// whatever thread that happens; it may outlive the pool.
+/// A fixed number of frame buffers, made when first needed. A frame's buffer comes back when its last
+/// reference is dropped, on whatever thread that happens; it may outlive the pool.
 class FramePool {
 public:
     FramePool(QSize frameSize, int count);
 
-    /// Null when all are in use.
+    /// The one that was given back last, since it differs least from the picture now. Null when all are in
+    /// use. A buffer that is not wrapped is lost to the pool.
     [[nodiscard]] std::unique_ptr<FrameBuffer> take();
     /// Wraps a filled buffer. Dropping the frame gives the buffer back.
-    [[nodiscard]] std::shared_ptr<const VideoFrame> wrap(std::unique_ptr<FrameBuffer> buffer) const;
+    [[nodiscard]] std::shared_ptr<VideoFrame> wrap(std::unique_ptr<FrameBuffer> buffer) const;
 
 private:
     struct Shelf;
 
+    QSize m_frameSize;
+    int m_unmade;
     std::shared_ptr<Shelf> m_shelf;
 };
 

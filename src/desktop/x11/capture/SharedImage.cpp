@@ -5,6 +5,8 @@
 #include <sys/ipc.h>
 #include <sys/shm.h>
 
+#include <cstring>
+
 namespace zivra::desktop {
 
 void SharedImage::Detach::operator()(void *memory) const
@@ -44,15 +46,48 @@ SharedImage::~SharedImage()
     m_connection.flush();
 }
 
-bool SharedImage::read(xcb_drawable_t drawable, QPoint origin)
+bool SharedImage::readRows(xcb_drawable_t drawable, QPoint origin, QRect readable, int top, int count)
 {
-    return m_connection.reply(xcb_shm_get_image_reply,
-                              xcb_shm_get_image(m_connection.get(), drawable,
-                                                static_cast<std::int16_t>(origin.x()),
-                                                static_cast<std::int16_t>(origin.y()),
-                                                static_cast<std::uint16_t>(m_size.width()),
-                                                static_cast<std::uint16_t>(m_size.height()), ~0U,
-                                                XCB_IMAGE_FORMAT_Z_PIXMAP, m_segment, 0)) != nullptr;
+    const QRect rows(0, top, m_size.width(), count);
+    const QRect read = rows & readable;
+    if (read.isEmpty()) {
+        std::memset(pixel(0, top), 0, static_cast<std::size_t>(stride()) * static_cast<std::size_t>(count));
+        return true;
+    }
+    const QPoint corner = origin + read.topLeft();
+    const auto offset = static_cast<std::uint32_t>(pixel(0, read.top()) - pixel(0, 0));
+    const auto cookie = xcb_shm_get_image(
+        m_connection.get(), drawable, static_cast<std::int16_t>(corner.x()),
+        static_cast<std::int16_t>(corner.y()), static_cast<std::uint16_t>(read.width()),
+        static_cast<std::uint16_t>(read.height()), ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP, m_segment, offset);
+    if (!m_connection.reply(xcb_shm_get_image_reply, cookie)) {
+        return false;
+    }
+    if (read.width() != m_size.width()) {
+        spread(read);
+    }
+    for (int y = top; y < top + count; ++y) {
+        if (y < read.top() || y > read.bottom()) {
+            std::memset(pixel(0, y), 0, static_cast<std::size_t>(stride()));
+        }
+    }
+    return true;
+}
+
+/// The server writes rows without a gap: puts those of a rectangle narrower than the image where they
+/// belong, from the last on, since each moves towards the end.
+void SharedImage::spread(QRect read)
+{
+    const auto bytes = static_cast<std::size_t>(read.width()) * kBytesPerPixel;
+    const std::uint8_t *packed = pixel(0, read.top());
+    for (int row = read.height() - 1; row >= 0; --row) {
+        const int y = read.top() + row;
+        std::memmove(pixel(read.left(), y), packed + static_cast<std::size_t>(row) * bytes, bytes);
+        std::memset(pixel(0, y), 0, static_cast<std::size_t>(read.left()) * kBytesPerPixel);
+        const int right = read.right() + 1;
+        std::memset(pixel(0, y) + static_cast<std::size_t>(right) * kBytesPerPixel, 0,
+                    static_cast<std::size_t>(m_size.width() - right) * kBytesPerPixel);
+    }
 }
 
 } // namespace zivra::desktop

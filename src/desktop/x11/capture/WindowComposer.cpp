@@ -1,50 +1,69 @@
 #include "desktop/x11/capture/WindowComposer.h"
 
-#include "desktop/x11/Pipelined.h"
-
-#include <xcb/composite.h>
-#include <xcb/shape.h>
-#include <xcb/xfixes.h>
+#include "desktop/x11/capture/RowBands.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace zivra::desktop {
 
 namespace {
 
-bool isIncluding(const ContentFilter &filter)
+xcb_rectangle_t rectangle(const QRect &pixels)
 {
-    return filter.kind == ContentFilter::Kind::DisplayIncludingWindows;
+    return {static_cast<std::int16_t>(pixels.x()), static_cast<std::int16_t>(pixels.y()),
+            static_cast<std::uint16_t>(pixels.width()), static_cast<std::uint16_t>(pixels.height())};
+}
+
+const TopLevel *find(const std::vector<TopLevel> &windows, xcb_window_t window)
+{
+    const auto found = std::ranges::find(windows, window, &TopLevel::window);
+    return found != windows.end() ? &*found : nullptr;
+}
+
+/// The windows of `windows` that are in `others` too, in their order.
+std::vector<xcb_window_t> common(const std::vector<TopLevel> &windows, const std::vector<TopLevel> &others)
+{
+    std::vector<xcb_window_t> order;
+    for (const TopLevel &each : windows) {
+        if (find(others, each.window) != nullptr) {
+            order.push_back(each.window);
+        }
+    }
+    return order;
+}
+
+QRegion outlines(const std::vector<TopLevel> &windows)
+{
+    QRegion region;
+    for (const TopLevel &window : windows) {
+        region += window.outline;
+    }
+    return region;
 }
 
 } // namespace
 
-WindowComposer::WindowComposer(const XcbConnection &connection, ContentFilter filter, QRect area)
+WindowComposer::WindowComposer(const XcbConnection &connection, QSize size, Background background)
     : m_connection(connection),
-      m_filter(std::move(filter)),
-      m_area(area),
+      m_size(size),
+      m_background(background),
       m_pixmap(xcb_generate_id(connection.get())),
       m_target(xcb_generate_id(connection.get()))
 {
-    xcb_connection_t *const x = m_connection.get();
+    xcb_connection_t *const server = m_connection.get();
+    const xcb_screen_t &screen = m_connection.screen();
     readPictureFormats();
-    xcb_create_pixmap(x, m_connection.screen().root_depth, m_pixmap, m_connection.root(),
-                      static_cast<std::uint16_t>(area.width()), static_cast<std::uint16_t>(area.height()));
-    xcb_render_create_picture(x, m_target, m_pixmap, m_formats[m_connection.screen().root_visual].format, 0,
-                              nullptr);
-    xcb_composite_redirect_subwindows(x, m_connection.root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC);
-    if (isIncluding(m_filter)) {
-        for (const StackedWindow &window : stackedWindows(m_connection)) {
-            if (isLetThrough(window) && !window.overridesRedirect) {
-                m_recordedWindow = window.client;
-            }
-        }
-    }
+    xcb_create_pixmap(server, screen.root_depth, m_pixmap, screen.root,
+                      static_cast<std::uint16_t>(size.width()), static_cast<std::uint16_t>(size.height()));
+    xcb_render_create_picture(server, m_target, m_pixmap, m_formats[screen.root_visual].format, 0, nullptr);
+    readDesktop();
 }
 
 WindowComposer::~WindowComposer()
 {
+    m_layers.clear();
     xcb_render_free_picture(m_connection.get(), m_target);
     xcb_free_pixmap(m_connection.get(), m_pixmap);
     m_connection.flush();
@@ -74,100 +93,141 @@ void WindowComposer::readPictureFormats()
     }
 }
 
-bool WindowComposer::isLetThrough(const StackedWindow &window) const
+void WindowComposer::readDesktop()
 {
-    const auto &listed = m_filter.windowIDs;
-    const bool isListed = std::ranges::find(listed, window.client) != listed.end() ||
-                          std::ranges::find(listed, window.topLevel) != listed.end();
-    return isListed == isIncluding(m_filter);
+    const auto owner =
+        m_connection.reply(xcb_get_selection_owner_reply,
+                           xcb_get_selection_owner(m_connection.get(), m_connection.atom("_NET_WM_CM_S0")));
+    m_hasCompositingManager = owner && owner->owner != XCB_WINDOW_NONE;
+    m_wallpaper =
+        m_connection.value(m_connection.root(), m_connection.atom("_XROOTPMAP_ID")).value_or(XCB_NONE);
 }
 
-bool WindowComposer::recordedWindowIsThere(const std::vector<StackedWindow> &windows)
+void WindowComposer::noteStructure(const xcb_generic_event_t &event)
 {
-    if (!m_recordedWindow) {
+    constexpr int kSentByClient = 0x80;
+    if ((event.response_type & ~kSentByClient) == XCB_MAP_NOTIFY) {
+        m_shownAnew.insert(reinterpret_cast<const xcb_map_notify_event_t &>(event).window);
+    }
+}
+
+void WindowComposer::noteDamage(const xcb_damage_notify_event_t &event)
+{
+    if (const auto layer = m_layers.find(event.drawable); layer != m_layers.end()) {
+        layer->second->damage().note(event);
+    }
+}
+
+bool WindowComposer::hasDamage() const
+{
+    return std::ranges::any_of(m_layers, [](const auto &each) { return each.second->damage().hasDamage(); });
+}
+
+QRegion WindowComposer::setWindows(const std::vector<TopLevel> &windows, QPoint origin)
+{
+    QRegion changed = changeOf(windows);
+    if (origin != std::exchange(m_origin, origin)) {
+        changed += QRect(origin, m_size);
+    }
+    std::erase_if(m_layers, [&](const auto &each) { return find(windows, each.first) == nullptr; });
+    requestPixels(windows);
+    m_windows = windows;
+    m_shownAnew.clear();
+    return changed;
+}
+
+void WindowComposer::requestPixels(const std::vector<TopLevel> &windows)
+{
+    for (const TopLevel &each : windows) {
+        const PictureFormat format = m_formats[each.visual];
+        if (format.format != XCB_NONE) {
+            auto &layer = m_layers[each.window];
+            if (!layer) {
+                layer = std::make_unique<WindowLayer>(m_connection, each, format);
+            }
+            layer->requestPixels(each);
+        }
+    }
+    for (const auto &[window, layer] : m_layers) {
+        layer->receivePixels();
+    }
+}
+
+QRegion WindowComposer::changeOf(const std::vector<TopLevel> &windows) const
+{
+    QRegion changed;
+    for (const TopLevel &before : m_windows) {
+        const TopLevel *now = find(windows, before.window);
+        if (now == nullptr || *now != before || m_shownAnew.contains(before.window)) {
+            changed += before.outline;
+            changed += now != nullptr ? now->outline : QRect();
+        }
+    }
+    for (const TopLevel &now : windows) {
+        if (find(m_windows, now.window) == nullptr) {
+            changed += now.outline;
+        }
+    }
+    return common(windows, m_windows) == common(m_windows, windows) ? changed : changed + outlines(windows);
+}
+
+QRegion WindowComposer::takeDamage()
+{
+    for (const auto &[window, layer] : m_layers) {
+        layer->damage().request();
+    }
+    QRegion drawn;
+    for (const auto &[window, layer] : m_layers) {
+        drawn += layer->takeDamage();
+    }
+    return drawn;
+}
+
+bool WindowComposer::read(SharedImage &image, const QRegion &region)
+{
+    const QRegion local = region.translated(-m_origin) & image.rect();
+    if (local.isEmpty()) {
         return true;
     }
-    const auto found = std::ranges::find(windows, *m_recordedWindow, &StackedWindow::client);
-    m_lostWindow = found == windows.end();
-    return !m_lostWindow && found->isViewable;
+    draw(local);
+    return std::ranges::all_of(rowBands(local), [&](const RowBand &band) {
+        return image.readRows(m_pixmap, {0, 0}, image.rect(), band.top, band.count);
+    });
 }
 
-bool WindowComposer::compose()
+void WindowComposer::draw(const QRegion &region)
 {
-    std::vector<StackedWindow> windows = stackedWindows(m_connection);
-    if (!recordedWindowIsThere(windows)) {
-        return false;
-    }
-    std::erase_if(
-        windows, [this](const StackedWindow &window) { return !window.isViewable || !isLetThrough(window); });
-    std::ranges::reverse(windows);
-
+    std::vector<xcb_rectangle_t> clip;
+    std::ranges::transform(region, std::back_inserter(clip), rectangle);
+    xcb_render_set_picture_clip_rectangles(m_connection.get(), m_target, 0, 0,
+                                           static_cast<std::uint32_t>(clip.size()), clip.data());
     drawBackground();
-    m_shown.clear();
-    const auto ask = [this](const StackedWindow &window) {
-        return std::pair(xcb_get_geometry(m_connection.get(), window.topLevel),
-                         xcb_get_window_attributes(m_connection.get(), window.topLevel));
-    };
-    forEachAnswer(windows, ask, [this](const StackedWindow &window, const auto &cookies) {
-        const auto geometry = m_connection.reply(xcb_get_geometry_reply, cookies.first);
-        const auto attributes = m_connection.reply(xcb_get_window_attributes_reply, cookies.second);
-        if (geometry && attributes) {
-            m_shown.push_back(window.topLevel);
-            draw(window.topLevel, *geometry, attributes->visual);
+    for (const TopLevel &each : m_windows) {
+        const auto layer = m_layers.find(each.window);
+        if (layer != m_layers.end() &&
+            region.intersects(layer->second->window().outline.translated(-m_origin))) {
+            layer->second->draw(m_target, m_origin, m_hasCompositingManager);
         }
-    });
-    return true;
+    }
 }
 
 void WindowComposer::drawBackground()
 {
-    xcb_connection_t *const x = m_connection.get();
-    const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(m_area.width()),
-                              static_cast<std::uint16_t>(m_area.height())};
-    const xcb_render_color_t black{0, 0, 0, 0xffff};
-    xcb_render_fill_rectangles(x, XCB_RENDER_PICT_OP_SRC, m_target, black, 1, &all);
-    // Wallpaper programs leave their picture's number with the root window.
-    const auto wallpaper = m_connection.value(m_connection.root(), m_connection.atom("_XROOTPMAP_ID"));
-    if (isIncluding(m_filter) || !wallpaper) {
+    xcb_connection_t *const server = m_connection.get();
+    const xcb_rectangle_t all = rectangle({QPoint(0, 0), m_size});
+    xcb_render_fill_rectangles(server, XCB_RENDER_PICT_OP_SRC, m_target, {0, 0, 0, 0xffff}, 1, &all);
+    if (m_background == Background::Black || m_wallpaper == XCB_NONE) {
         return;
     }
-    const xcb_render_picture_t picture = xcb_generate_id(x);
+    const xcb_render_picture_t wallpaper = xcb_generate_id(server);
     const std::uint32_t repeat = XCB_RENDER_REPEAT_NORMAL;
-    xcb_render_create_picture(x, picture, *wallpaper, m_formats[m_connection.screen().root_visual].format,
-                              XCB_RENDER_CP_REPEAT, &repeat);
-    xcb_render_composite(x, XCB_RENDER_PICT_OP_SRC, picture, XCB_NONE, m_target,
-                         static_cast<std::int16_t>(m_area.x()), static_cast<std::int16_t>(m_area.y()), 0, 0,
-                         0, 0, all.width, all.height);
-    xcb_render_free_picture(x, picture);
-}
-
-void WindowComposer::draw(xcb_window_t window, const xcb_get_geometry_reply_t &geometry,
-                          xcb_visualid_t visual)
-{
-    const int border = geometry.border_width;
-    const QRect outline(geometry.x, geometry.y, geometry.width + 2 * border, geometry.height + 2 * border);
-    const VisualFormat format = m_formats[visual];
-    if (!outline.intersects(m_area) || format.format == 0) {
-        return;
-    }
-    xcb_connection_t *const x = m_connection.get();
-    // Named anew each time: a pixmap goes stale when its window is resized or mapped again.
-    const xcb_pixmap_t pixmap = xcb_generate_id(x);
-    xcb_composite_name_window_pixmap(x, window, pixmap);
-    const xcb_render_picture_t picture = xcb_generate_id(x);
-    xcb_render_create_picture(x, picture, pixmap, format.format, 0, nullptr);
-    const xcb_xfixes_region_t shape = xcb_generate_id(x);
-    xcb_xfixes_create_region_from_window(x, shape, window, XCB_SHAPE_SK_BOUNDING);
-    xcb_xfixes_set_picture_clip_region(x, picture, shape, static_cast<std::int16_t>(border),
-                                       static_cast<std::int16_t>(border));
-    xcb_render_composite(x, format.hasAlpha ? XCB_RENDER_PICT_OP_OVER : XCB_RENDER_PICT_OP_SRC, picture,
-                         XCB_NONE, m_target, 0, 0, 0, 0, static_cast<std::int16_t>(outline.x() - m_area.x()),
-                         static_cast<std::int16_t>(outline.y() - m_area.y()),
-                         static_cast<std::uint16_t>(outline.width()),
-                         static_cast<std::uint16_t>(outline.height()));
-    xcb_xfixes_destroy_region(x, shape);
-    xcb_render_free_picture(x, picture);
-    xcb_free_pixmap(x, pixmap);
+    xcb_render_create_picture(server, wallpaper, m_wallpaper,
+                              m_formats[m_connection.screen().root_visual].format, XCB_RENDER_CP_REPEAT,
+                              &repeat);
+    xcb_render_composite(server, XCB_RENDER_PICT_OP_SRC, wallpaper, XCB_NONE, m_target,
+                         static_cast<std::int16_t>(m_origin.x()), static_cast<std::int16_t>(m_origin.y()), 0,
+                         0, 0, 0, all.width, all.height);
+    xcb_render_free_picture(server, wallpaper);
 }
 
 } // namespace zivra::desktop

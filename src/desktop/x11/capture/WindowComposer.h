@@ -1,61 +1,68 @@
 #pragma once
 
-#include "desktop/x11/WindowTree.h"
-#include "platform/ContentFilter.h"
+#include "desktop/x11/capture/SharedImage.h"
+#include "desktop/x11/capture/WindowLayer.h"
 
-#include <QRect>
-
-#include <xcb/render.h>
+#include <QPoint>
+#include <QRegion>
+#include <QSize>
 
 #include <map>
-#include <optional>
+#include <memory>
+#include <set>
 #include <vector>
 
 namespace zivra::desktop {
 
-/// Puts the windows that a filter lets through together to one picture, as they lie on the screen, in a
-/// pixmap on the server. What is left out is never drawn, so it is in no picture, wherever it moves; what is
-/// covered is whole.
+/// Puts a picture together out of windows, in the server's memory, so that it shows just these, whole,
+/// however they are covered on the screen. Only what changed is drawn again.
 ///
-/// Needs every top-level window redirected to memory of its own, which the object asks for and which ends
-/// with the connection.
+/// Regions are in pixels of the root window. Its user redirects the windows, and leaves them so for good,
+/// since each change of that makes a window draw itself anew.
 class WindowComposer {
 public:
-    WindowComposer(const XcbConnection &connection, ContentFilter filter, QRect area);
+    enum class Background { Black, Wallpaper };
+
+    WindowComposer(const XcbConnection &connection, QSize size, Background background);
     ~WindowComposer();
     WindowComposer(const WindowComposer &) = delete;
     WindowComposer &operator=(const WindowComposer &) = delete;
 
-    /// Draws the picture of this moment. False when there is none: the recorded window is minimised.
-    bool compose();
-    /// As large as the area.
-    [[nodiscard]] xcb_pixmap_t picture() const { return m_pixmap; }
-    /// The window that is recorded has been closed.
-    [[nodiscard]] bool hasLostItsWindow() const { return m_lostWindow; }
-    /// The top-level windows of the latest picture.
-    [[nodiscard]] const std::vector<xcb_window_t> &shownWindows() const { return m_shown; }
+    /// Takes note of what happened to windows: which were shown anew, which were drawn in.
+    void noteStructure(const xcb_generic_event_t &event);
+    void noteDamage(const xcb_damage_notify_event_t &event);
+    [[nodiscard]] bool hasDamage() const;
+
+    /// From now on shows these redirected and viewable windows, from the lowest to the topmost, in a picture
+    /// whose top left is at `origin`. Returns what differs.
+    [[nodiscard]] QRegion setWindows(const std::vector<TopLevel> &windows, QPoint origin);
+    /// The desktop has another wallpaper, or has gained or lost a compositing manager.
+    void readDesktop();
+    /// What was drawn in the windows since the last time.
+    [[nodiscard]] QRegion takeDamage();
+
+    /// Draws a region anew and reads its rows. False when the server has gone.
+    [[nodiscard]] bool read(SharedImage &image, const QRegion &region);
 
 private:
-    [[nodiscard]] bool isLetThrough(const StackedWindow &window) const;
-    [[nodiscard]] bool recordedWindowIsThere(const std::vector<StackedWindow> &windows);
     void readPictureFormats();
+    void requestPixels(const std::vector<TopLevel> &windows);
+    [[nodiscard]] QRegion changeOf(const std::vector<TopLevel> &windows) const;
+    void draw(const QRegion &region);
     void drawBackground();
-    void draw(xcb_window_t window, const xcb_get_geometry_reply_t &geometry, xcb_visualid_t visual);
 
     const XcbConnection &m_connection;
-    ContentFilter m_filter;
-    QRect m_area;
+    QSize m_size;
+    Background m_background;
+    QPoint m_origin;
     xcb_pixmap_t m_pixmap;
     xcb_render_picture_t m_target;
-    struct VisualFormat {
-        xcb_render_pictformat_t format = 0;
-        bool hasAlpha = false;
-    };
-    std::map<xcb_visualid_t, VisualFormat> m_formats;
-    /// The one window of an including filter that a window manager knows, and so no overlay of ours.
-    std::optional<xcb_window_t> m_recordedWindow;
-    bool m_lostWindow = false;
-    std::vector<xcb_window_t> m_shown;
+    std::map<xcb_visualid_t, PictureFormat> m_formats;
+    std::vector<TopLevel> m_windows; ///< lowest first
+    std::map<xcb_window_t, std::unique_ptr<WindowLayer>> m_layers;
+    std::set<xcb_window_t> m_shownAnew; ///< since the last `setWindows()`
+    xcb_pixmap_t m_wallpaper = XCB_NONE;
+    bool m_hasCompositingManager = false;
 };
 
 } // namespace zivra::desktop

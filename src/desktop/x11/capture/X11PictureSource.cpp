@@ -1,14 +1,11 @@
 #include "desktop/x11/capture/X11PictureSource.h"
 
-#include "desktop/x11/X11Scale.h"
-#include "desktop/x11/capture/CaptureArea.h"
-#include "desktop/x11/capture/ClickRings.h"
-#include "desktop/x11/capture/CursorPainter.h"
-#include "desktop/x11/capture/FrameConverter.h"
-#include "desktop/x11/capture/ScreenGrabber.h"
-#include "desktop/x11/capture/ScreenWatcher.h"
-#include "desktop/x11/capture/ServerFeatures.h"
+#include "desktop/x11/capture/FramePacer.h"
+#include "desktop/x11/capture/MonotonicTime.h"
+#include "desktop/x11/capture/ScreenPicture.h"
 #include "platform/PlatformError.h"
+
+#include <QPromise>
 
 #include <poll.h>
 #include <pthread.h>
@@ -16,9 +13,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
-#include <cstring>
-#include <ctime>
+#include <optional>
 #include <utility>
 
 namespace zivra::desktop {
@@ -27,14 +24,7 @@ namespace {
 
 constexpr MediaTime kRepeatInterval = MediaTime::fromMilliseconds(1000);
 
-MediaTime now()
-{
-    std::timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return MediaTime::fromNanoseconds(time.tv_sec * std::int64_t{1'000'000'000} + time.tv_nsec);
-}
-
-/// An eventfd that can be waited for together with the connection.
+/// Wakes a thread that waits in poll().
 class WakeUp {
 public:
     WakeUp() : m_descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
@@ -51,20 +41,20 @@ private:
 
 } // namespace
 
-/// What the thread does. Everything but `requestStop()` and the promises is the thread's alone.
+/// What the thread does. All but `requestStop()` and the futures is the thread's alone.
 class X11PictureSource::Loop {
 public:
-    Loop(ContentFilter filter, CaptureConfiguration configuration, SampleHandler onSample, EndHandler onEnd)
-        : m_filter(std::move(filter)),
-          m_configuration(std::move(configuration)),
+    Loop(CaptureConfiguration configuration, SampleHandler onSample, EndHandler onEnd)
+        : m_configuration(std::move(configuration)),
           m_onSample(std::move(onSample)),
-          m_onEnd(std::move(onEnd))
+          m_onEnd(std::move(onEnd)),
+          m_pacer(m_configuration.minimumFrameInterval)
     {
         m_started.start();
         m_stopped.start();
     }
 
-    void run();
+    void run(const QByteArray &displayName, const ContentFilter &filter);
     void requestStop()
     {
         m_stopRequested = true;
@@ -74,222 +64,119 @@ public:
     [[nodiscard]] QFuture<void> stopped() const { return m_stopped.future(); }
 
 private:
-    /// What exists only while the connection does.
-    struct Capture {
-        explicit Capture(const ContentFilter &filter, const CaptureConfiguration &configuration);
+    void capture(ScreenPicture &picture);
+    void wait(const ScreenPicture &picture) const;
+    [[nodiscard]] MediaTime nextRepeat() const;
+    void deliver(ScreenPicture &picture, bool evenIfUnchanged);
 
-        XcbConnection connection;
-        QRect area; ///< pixels of the root window
-        ScreenGrabber grabber;
-        ScreenWatcher watcher;
-        FrameConverter converter;
-        FramePool pool;
-        ClickRings rings;
-
-    private:
-        [[nodiscard]] static QRect findArea(const XcbConnection &connection, const ContentFilter &filter,
-                                            const CaptureConfiguration &configuration);
-    };
-
-    void captureUntilStopped(Capture &capture);
-    void wait(const Capture &capture) const;
-    void noteEvents(Capture &capture);
-    void captureIfChanged(Capture &capture);
-    void captureFrame(Capture &capture);
-    void deliver(std::shared_ptr<const VideoFrame> frame, MediaTime time);
-    void repeatLastFrame(MediaTime time);
-    void finishLastFrame();
-
-    ContentFilter m_filter;
     CaptureConfiguration m_configuration;
     SampleHandler m_onSample;
     EndHandler m_onEnd;
+    FramePacer m_pacer;
+    MediaTime m_lastFrame; ///< invalid before the first one
     QPromise<void> m_started;
     QPromise<void> m_stopped;
     WakeUp m_wakeUp;
     std::atomic<bool> m_stopRequested = false;
-
-    bool m_isDirty = true; ///< the picture may differ from the last frame, for another reason than drawing
-    MediaTime m_nextFrame = MediaTime::zero(); ///< no frame before this
-    MediaTime m_lastTime = MediaTime::zero();  ///< of the last frame
-    std::shared_ptr<const VideoFrame> m_lastFrame;
 };
 
-QRect X11PictureSource::Loop::Capture::findArea(const XcbConnection &connection, const ContentFilter &filter,
-                                                const CaptureConfiguration &configuration)
+void X11PictureSource::Loop::run(const QByteArray &displayName, const ContentFilter &filter)
 {
-    if (const QString missing = missingServerFeatures(connection); !missing.isEmpty()) {
-        throw PlatformError(missing);
-    }
-    const auto area = captureArea(connection, filter.displayID, configuration.sourceRect);
-    if (!area) {
-        throw PlatformError(QStringLiteral("The display to be recorded is not connected."));
-    }
-    return *area;
-}
-
-X11PictureSource::Loop::Capture::Capture(const ContentFilter &filter,
-                                         const CaptureConfiguration &configuration)
-    : area(findArea(connection, filter, configuration)),
-      grabber(connection, filter, area),
-      watcher(connection, area, grabber.composesWindows()),
-      converter(area.size(), configuration.outputSize),
-      // One more than may be in flight: the last frame is kept for its repetition.
-      pool(configuration.outputSize, configuration.queueDepth + 1),
-      rings(pixelsPerPoint(connection))
-{
-}
-
-void X11PictureSource::Loop::run()
-{
-    pthread_setname_np(pthread_self(), "zivra.capture");
+    pthread_setname_np(pthread_self(), "zivra.picture");
     bool hasStarted = false;
     try {
-        Capture capture(m_filter, m_configuration);
+        ScreenPicture picture(displayName, filter, m_configuration);
         hasStarted = true;
         m_started.finish();
-        captureUntilStopped(capture);
-        finishLastFrame();
+        capture(picture);
     } catch (const PlatformError &) {
-        const auto error = std::current_exception();
         if (!hasStarted) {
-            m_started.setException(error);
+            m_started.setException(std::current_exception());
             m_started.finish();
         } else if (!m_stopRequested) {
-            m_onEnd(error);
+            m_onEnd(std::current_exception());
         }
     }
-    m_lastFrame.reset();
     m_stopped.finish();
 }
 
-void X11PictureSource::Loop::captureUntilStopped(Capture &capture)
+void X11PictureSource::Loop::capture(ScreenPicture &picture)
 {
     while (!m_stopRequested) {
-        if (!capture.connection.isAlive()) {
-            throw PlatformError(QStringLiteral("The connection to the X server was lost."));
+        picture.noteEvents();
+        const MediaTime now = monotonicTime();
+        const bool mustRepeat = now >= nextRepeat();
+        if ((picture.mayHaveChanged() || mustRepeat) && now >= m_pacer.due()) {
+            deliver(picture, mustRepeat);
         }
-        if ((m_isDirty || capture.watcher.hasDamage()) && now() >= m_nextFrame) {
-            captureIfChanged(capture);
-        }
-        if (m_lastFrame && now() >= m_lastTime + kRepeatInterval) {
-            repeatLastFrame(now());
-        }
-        // Events may have come in with a reply, which the descriptor does not tell.
-        noteEvents(capture);
-        wait(capture);
+        wait(picture);
+    }
+    // The end of the movie is when it was stopped, not when its picture last changed.
+    if (m_lastFrame.isValid() && monotonicTime() >= m_lastFrame + m_configuration.minimumFrameInterval) {
+        deliver(picture, true);
     }
 }
 
-void X11PictureSource::Loop::wait(const Capture &capture) const
+MediaTime X11PictureSource::Loop::nextRepeat() const
 {
-    const bool hasWork = m_isDirty || capture.watcher.hasDamage();
-    const MediaTime due = hasWork ? m_nextFrame : m_lastTime + kRepeatInterval;
-    const std::int64_t left = std::max<std::int64_t>(0, (due - now()).nanoseconds());
-    const std::timespec timeout{left / 1'000'000'000, left % 1'000'000'000};
-    pollfd descriptors[] = {{capture.connection.fileDescriptor(), POLLIN, 0},
-                            {m_wakeUp.descriptor(), POLLIN, 0}};
-    // Once a frame is due, changes that come before it make no difference: the thread sleeps through them.
-    pollfd *const first = hasWork ? descriptors + 1 : descriptors;
-    ppoll(first, static_cast<nfds_t>(std::end(descriptors) - first), &timeout, nullptr);
+    return m_lastFrame.isValid() ? m_lastFrame + kRepeatInterval : MediaTime::zero();
 }
 
-void X11PictureSource::Loop::noteEvents(Capture &capture)
+void X11PictureSource::Loop::wait(const ScreenPicture &picture) const
 {
-    const ScreenWatcher::Events events = capture.watcher.takeEvents();
-    m_isDirty = m_isDirty || events.windowsChanged || (m_configuration.showsCursor && events.cursorMoved);
-    if (m_configuration.showsMouseClicks) {
-        for (const QPoint place : events.presses) {
-            capture.rings.add(place, now());
+    std::array<pollfd, 2> descriptors{
+        {{m_wakeUp.descriptor(), POLLIN, 0}, {picture.fileDescriptor(), POLLIN, 0}}};
+    // When a frame is to come anyway, what happens before it makes no difference but for the place of a
+    // press: the thread sleeps through it.
+    const bool hasChanged = picture.mayHaveChanged();
+    const bool listens = !hasChanged || m_configuration.showsMouseClicks;
+    const MediaTime until = hasChanged ? m_pacer.due() : std::max(nextRepeat(), m_pacer.due());
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    const std::int64_t left = std::max<std::int64_t>(0, (until - monotonicTime()).nanoseconds());
+    const std::timespec timeout{left / kSecond, left % kSecond};
+    ppoll(descriptors.data(), listens ? 2 : 1, &timeout, nullptr);
+}
+
+void X11PictureSource::Loop::deliver(ScreenPicture &picture, bool evenIfUnchanged)
+{
+    const MediaTime asked = monotonicTime();
+    const auto frame = picture.takeFrame(evenIfUnchanged);
+    if (!frame) {
+        if (evenIfUnchanged || picture.mayHaveChanged()) {
+            m_pacer.frameTaken(asked); // there was no buffer for it
+        } else {
+            m_pacer.nothingFound(asked);
         }
-        m_isDirty = m_isDirty || !events.presses.empty();
-    }
-    if (events.displaysChanged && !captureArea(capture.connection, m_filter.displayID, std::nullopt) &&
-        capture.connection.isAlive()) {
-        throw PlatformError(QStringLiteral("The display being recorded was disconnected."));
-    }
-}
-
-void X11PictureSource::Loop::captureIfChanged(Capture &capture)
-{
-    const bool wasDrawn = capture.watcher.takeDamage();
-    if (!m_isDirty && !wasDrawn) {
         return;
     }
-    m_isDirty = false;
-    captureFrame(capture);
-    if (capture.rings.areVisible(now())) {
-        m_isDirty = true;
-    }
+    m_pacer.frameTaken(asked);
+    const auto justAfter = MediaTime::fromNanoseconds(1);
+    m_lastFrame = m_lastFrame.isValid() ? std::max(frame->time, m_lastFrame + justAfter) : frame->time;
+    m_onSample(MediaSample(frame->picture, {m_lastFrame, MediaTime::invalid(), MediaTime::invalid()},
+                           FrameStatus::Complete));
 }
 
-void X11PictureSource::Loop::captureFrame(Capture &capture)
-{
-    // The rhythm is kept where it can be, so that a picture that changes as often as frames are allowed
-    // loses none to the thread's waking up late.
-    const MediaTime time = now();
-    const MediaTime interval = m_configuration.minimumFrameInterval;
-    m_nextFrame = m_nextFrame + interval > time ? m_nextFrame + interval : time + interval;
-
-    const bool isGrabbed = capture.grabber.grab();
-    capture.watcher.watchWindows(capture.grabber.shownWindows());
-    if (capture.grabber.hasLostItsWindow() && capture.connection.isAlive()) {
-        throw PlatformError(QStringLiteral("The window being recorded was closed."));
-    }
-    std::unique_ptr<FrameBuffer> buffer = isGrabbed ? capture.pool.take() : nullptr;
-    if (!buffer) {
-        m_isDirty = isGrabbed;
-        return;
-    }
-    if (m_configuration.showsCursor) {
-        paintCursor(capture.connection, capture.grabber.image(), capture.area.topLeft());
-    }
-    capture.rings.paint(capture.grabber.image(), capture.area.topLeft(), time);
-    capture.converter.convert(capture.grabber.image(), *buffer);
-    deliver(capture.pool.wrap(std::move(buffer)), time);
-}
-
-void X11PictureSource::Loop::deliver(std::shared_ptr<const VideoFrame> frame, MediaTime time)
-{
-    m_lastTime = time;
-    m_lastFrame = std::move(frame);
-    m_onSample(
-        MediaSample(m_lastFrame, {time, MediaTime::invalid(), MediaTime::invalid()}, FrameStatus::Complete));
-}
-
-void X11PictureSource::Loop::repeatLastFrame(MediaTime time)
-{
-    auto again = std::make_shared<VideoFrame>(*m_lastFrame);
-    again->changed.emplace();
-    deliver(std::move(again), time);
-}
-
-/// The end of the movie is when it was stopped, not when its picture last changed.
-void X11PictureSource::Loop::finishLastFrame()
-{
-    const MediaTime time = now();
-    if (m_lastFrame && time >= m_lastTime + m_configuration.minimumFrameInterval) {
-        repeatLastFrame(time);
-    }
-}
-
-X11PictureSource::X11PictureSource(ContentFilter filter, CaptureConfiguration configuration)
-    : m_filter(std::move(filter)),
+X11PictureSource::X11PictureSource(QByteArray displayName, ContentFilter filter,
+                                   CaptureConfiguration configuration)
+    : m_displayName(std::move(displayName)),
+      m_filter(std::move(filter)),
       m_configuration(std::move(configuration))
 {
 }
 
 X11PictureSource::~X11PictureSource()
 {
-    if (m_loop) {
+    if (m_thread.joinable()) {
         m_loop->requestStop();
+        m_thread.join();
     }
 }
 
 QFuture<void> X11PictureSource::start(SampleHandler onSample, EndHandler onEnd)
 {
-    m_loop = std::make_shared<Loop>(m_filter, m_configuration, std::move(onSample), std::move(onEnd));
-    m_thread = std::jthread([loop = m_loop] { loop->run(); });
+    m_loop = std::make_shared<Loop>(m_configuration, std::move(onSample), std::move(onEnd));
+    m_thread =
+        std::thread([loop = m_loop, name = m_displayName, filter = m_filter] { loop->run(name, filter); });
     return m_loop->started();
 }
 
