@@ -125,7 +125,7 @@ public:
 
         QPromise<void> promise;
         promise.start();
-        const QFuture<void> started = promise.future();
+        QFuture<void> started = promise.future();
         reportStart(std::move(promise), std::move(sounds), picture, m_sources);
         return started;
     }
@@ -134,7 +134,7 @@ public:
     {
         QPromise<void> promise;
         promise.start();
-        const QFuture<void> stopped = promise.future();
+        QFuture<void> stopped = promise.future();
         reportStop(std::move(promise), stopAll(m_sources));
         return stopped;
     }

@@ -42,6 +42,7 @@ Clients findClients(const XcbConnection &connection, const std::vector<StackedWi
 {
     const xcb_atom_t stateAtom = connection.atom("WM_STATE");
     std::vector<Candidate> candidates;
+    candidates.reserve(topLevels.size());
     for (const StackedWindow &window : topLevels) {
         candidates.push_back({window.topLevel, window.topLevel});
     }

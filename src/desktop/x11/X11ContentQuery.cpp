@@ -62,7 +62,7 @@ QFuture<ShareableContent> X11ContentQuery::shareableContent(bool excludingDeskto
 void X11ContentQuery::activateApplication(std::int64_t processID)
 {
     auto windows = listWindows(m_connection);
-    std::ranges::stable_partition(windows, std::identity{}, &ListedWindow::isOnScreen);
+    std::stable_partition(windows.begin(), windows.end(), std::mem_fn(&ListedWindow::isOnScreen));
     const auto topmost = std::ranges::find_if(windows, [&](const ListedWindow &window) {
         return window.layer == 0 && window.processID == processID;
     });

@@ -2,7 +2,8 @@
 
 #include "desktop/x11/AppleKeyCodes.h"
 
-#define explicit isExplicit // a field's name in XCB's header for C
+// A field of a C structure there is called explicit.
+#define explicit isExplicit // NOLINT(clang-diagnostic-keyword-macro)
 #include <xcb/xkb.h>
 #undef explicit
 

@@ -24,6 +24,7 @@ TEST(ThreadSerialQueue, RunsWorkOfManyThreadsOneAtATimeAndInOrder)
     {
         ThreadSerialQueue queue("order");
         std::vector<std::jthread> threads;
+        threads.reserve(kThreads);
         for (int thread = 0; thread < kThreads; ++thread) {
             threads.emplace_back([&, thread] {
                 for (int number = 0; number < kEach; ++number) {

@@ -4,12 +4,15 @@
 
 #include <QRect>
 
+#include <algorithm>
+#include <array>
 #include <initializer_list>
+#include <string>
 
 namespace zivra::desktop {
 
 /// An application of the test with windows of its own, which go away with it.
-class TestClient {
+class TestClient : public XcbConnection {
 public:
     struct Look {
         QRect pixels = QRect(200, 150, 300, 200);
@@ -19,26 +22,74 @@ public:
         bool isInputOnly = false;
     };
 
-    explicit TestClient(const QByteArray &displayName = {}) : m_connection(displayName) {}
+    using XcbConnection::XcbConnection;
 
-    [[nodiscard]] const XcbConnection &connection() const { return m_connection; }
-
-    /// Not mapped yet.
-    [[nodiscard]] xcb_window_t makeWindow(const Look &look) const;
-    [[nodiscard]] xcb_window_t showWindow(const Look &look) const;
-    void map(xcb_window_t window) const;
-    void unmap(xcb_window_t window) const;
-    void raise(xcb_window_t window) const;
-    /// A request to the window manager.
+    [[nodiscard]] xcb_window_t makeWindow(const Look &look) const
+    {
+        const xcb_window_t window = xcb_generate_id(get());
+        const std::uint32_t overridesRedirect = look.overridesRedirect ? 1 : 0;
+        const auto &[x, y, width, height] =
+            std::array{look.pixels.x(), look.pixels.y(), look.pixels.width(), look.pixels.height()};
+        xcb_create_window(get(), XCB_COPY_FROM_PARENT, window, root(), static_cast<std::int16_t>(x),
+                          static_cast<std::int16_t>(y), static_cast<std::uint16_t>(width),
+                          static_cast<std::uint16_t>(height), 0,
+                          look.isInputOnly ? XCB_WINDOW_CLASS_INPUT_ONLY : XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                          XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT, &overridesRedirect);
+        setText(window, "_NET_WM_NAME", "UTF8_STRING", look.title);
+        setText(window, "WM_CLASS", "STRING", QByteArrayView("instance\0Test Application\0", 26));
+        if (*look.type != '\0') {
+            setNumbers(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+                       {atom(std::string("_NET_WM_WINDOW_TYPE_") + look.type)});
+        }
+        return window;
+    }
+    [[nodiscard]] xcb_window_t showWindow() const { return showWindow(Look()); }
+    [[nodiscard]] xcb_window_t showWindow(const Look &look) const
+    {
+        const xcb_window_t window = makeWindow(look);
+        map(window);
+        return window;
+    }
+    void map(xcb_window_t window) const { check(xcb_map_window_checked(get(), window)); }
+    void unmap(xcb_window_t window) const { check(xcb_unmap_window_checked(get(), window)); }
+    void raise(xcb_window_t window) const
+    {
+        constexpr std::uint32_t kAbove = XCB_STACK_MODE_ABOVE;
+        check(xcb_configure_window_checked(get(), window, XCB_CONFIG_WINDOW_STACK_MODE, &kAbove));
+    }
     void tellManager(xcb_window_t window, const char *message,
-                     std::initializer_list<std::uint32_t> data) const;
-    void setText(xcb_window_t window, const char *property, const char *type, QByteArrayView text) const;
-    /// Lock 0x02, NumLock 0x10 and the like.
-    [[nodiscard]] bool grabKey(xcb_keycode_t key, std::uint16_t modifiers) const;
-    void ungrabKey(xcb_keycode_t key) const;
+                     std::initializer_list<std::uint32_t> data) const
+    {
+        xcb_client_message_event_t event{};
+        event.response_type = XCB_CLIENT_MESSAGE;
+        event.format = 32;
+        event.window = window;
+        event.type = atom(message);
+        std::ranges::copy(data, std::begin(event.data.data32));
+        check(xcb_send_event_checked(
+            get(), 0, root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+            reinterpret_cast<const char *>(&event)));
+    }
+    void setText(xcb_window_t window, const char *property, const char *type, QByteArrayView text) const
+    {
+        check(xcb_change_property_checked(get(), XCB_PROP_MODE_REPLACE, window, atom(property), atom(type), 8,
+                                          static_cast<std::uint32_t>(text.size()), text.data()));
+    }
+    void setNumbers(xcb_window_t window, const char *property, xcb_atom_t type,
+                    std::initializer_list<std::uint32_t> numbers) const
+    {
+        check(xcb_change_property_checked(get(), XCB_PROP_MODE_REPLACE, window, atom(property), type, 32,
+                                          static_cast<std::uint32_t>(numbers.size()), data(numbers)));
+    }
+    [[nodiscard]] bool grabKey(xcb_keycode_t key, std::uint16_t modifiers) const
+    {
+        return check(
+            xcb_grab_key_checked(get(), 0, root(), modifiers, key, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+    }
 
 private:
-    XcbConnection m_connection;
+    /// Once it returns, the server has done it.
+    bool check(xcb_void_cookie_t cookie) const { return XcbConnection::check(cookie) == nullptr; }
 };
 
 } // namespace zivra::desktop

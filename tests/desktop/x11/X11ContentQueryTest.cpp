@@ -1,14 +1,13 @@
 #include "desktop/x11/X11ContentQuery.h"
 
-#include "../../support/PrintQt.h"
-#include "Eventually.h"
 #include "TestClient.h"
+#include "support/Eventually.h"
+#include "support/PrintQt.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <csignal>
 
 namespace zivra::desktop {
@@ -26,18 +25,24 @@ protected:
         const auto found = std::ranges::find(all, window, &ShareableWindow::windowID);
         return found != all.end() ? std::optional(*found) : std::nullopt;
     }
+    /// On screen, with its title bar.
     [[nodiscard]] bool isManaged(xcb_window_t window)
     {
-        const auto found = find(window);
-        return found && found->isOnScreen && found->frame.height() > 200; // it has got its title bar
+        const auto found = find(window, true);
+        return found && found->frame.height() > 200;
+    }
+    [[nodiscard]] xcb_window_t showManaged(const TestClient::Look &look = TestClient::Look())
+    {
+        const auto window = client.showWindow(look);
+        EXPECT_TRUE(eventually([&] { return isManaged(window); }));
+        return window;
     }
     [[nodiscard]] bool isAbove(xcb_window_t upper, xcb_window_t lower)
     {
         const auto all = windows(false, true);
-        const auto place = [&](xcb_window_t window) {
-            return std::ranges::find(all, window, &ShareableWindow::windowID);
-        };
-        return place(upper) < place(lower) && place(lower) != all.end();
+        const auto place = std::ranges::find(all, lower, &ShareableWindow::windowID);
+        return place != all.end() &&
+               std::ranges::find(all.begin(), place, upper, &ShareableWindow::windowID) != place;
     }
 
     TestClient client;
@@ -46,41 +51,33 @@ protected:
 
 TEST_F(X11ContentQueryTest, DescribesAnOrdinaryWindowByItsApplicationsOwnNumber)
 {
-    const auto window = client.showWindow({.title = "Grüße ✓"});
-    ASSERT_TRUE(eventually([&] { return isManaged(window); }));
-    auto found = *find(window);
+    const auto window = showManaged({.title = "Grüße ✓"});
+    const auto found = *find(window);
     EXPECT_EQ(found.title, QStringLiteral("Grüße ✓"));
     EXPECT_EQ(found.layer, 0);
     ASSERT_TRUE(found.owningApplication);
     EXPECT_EQ(found.owningApplication->processID, getpid());
     EXPECT_EQ(found.owningApplication->name, "Test Application");
 
-    const auto &server = client.connection();
-    const auto origin = server.reply(xcb_translate_coordinates_reply,
-                                     xcb_translate_coordinates(server.get(), window, server.root(), 0, 0));
+    const auto origin = client.reply(xcb_translate_coordinates_reply,
+                                     xcb_translate_coordinates(client.get(), window, client.root(), 0, 0));
     const QRectF inner(origin->dst_x, origin->dst_y, 300, 200);
     EXPECT_TRUE(found.frame.contains(inner));
     EXPECT_LT(found.frame.top(), inner.top()) << "the title bar belongs to it";
     EXPECT_LT(found.frame.height(), 260);
 
-    xcb_delete_property(server.get(), window, server.atom("_NET_WM_NAME"));
+    client.setText(window, "_NET_WM_NAME", "UTF8_STRING", "");
     client.setText(window, "WM_NAME", "STRING", "Caf\xE9");
-    EXPECT_TRUE(eventually([&] { return find(window)->title == QStringLiteral("Café"); }));
-
+    EXPECT_EQ(find(window)->title, QStringLiteral("Café"));
     // A toolkit that draws its own shadow: what lies outside of the visible window does not count.
-    constexpr std::array<std::uint32_t, 4> kShadow{10, 20, 30, 40};
-    xcb_change_property(server.get(), XCB_PROP_MODE_REPLACE, window, server.atom("_GTK_FRAME_EXTENTS"),
-                        XCB_ATOM_CARDINAL, 32, kShadow.size(), kShadow.data());
-    server.flush();
-    EXPECT_TRUE(eventually([&] { return find(window)->frame == inner.adjusted(10, 30, -20, -40); }));
+    client.setNumbers(window, "_GTK_FRAME_EXTENTS", XCB_ATOM_CARDINAL, {10, 20, 30, 40});
+    EXPECT_EQ(find(window)->frame, inner.adjusted(10, 30, -20, -40));
 }
 
 TEST_F(X11ContentQueryTest, ListsFromTheTopmostToTheLowest)
 {
-    const auto first = client.showWindow({});
-    ASSERT_TRUE(eventually([&] { return isManaged(first); }));
-    const auto second = client.showWindow({});
-    ASSERT_TRUE(eventually([&] { return isManaged(second); }));
+    const auto first = showManaged();
+    const auto second = showManaged();
     client.raise(first);
     EXPECT_TRUE(eventually([&] { return isAbove(first, second); }));
     client.raise(second);
@@ -91,23 +88,19 @@ TEST_F(X11ContentQueryTest, KnowsWhatIsNotOnScreen)
 {
     constexpr std::uint32_t kIconic = 3;
     constexpr std::uint32_t kEveryWorkspace = 0xFFFFFFFF;
-    const auto window = client.showWindow({});
-    ASSERT_TRUE(eventually([&] { return isManaged(window); }));
+    const auto window = showManaged();
     const auto isHidden = [&] {
         const auto listed = find(window);
         return listed && !listed->isOnScreen && !find(window, true);
     };
-
     client.tellManager(window, "WM_CHANGE_STATE", {kIconic});
     EXPECT_TRUE(eventually(isHidden)) << "minimised";
     client.map(window);
     EXPECT_TRUE(eventually([&] { return isManaged(window); }));
-
     client.tellManager(window, "_NET_WM_DESKTOP", {1, 2});
     EXPECT_TRUE(eventually(isHidden)) << "on another workspace";
     client.tellManager(window, "_NET_WM_DESKTOP", {kEveryWorkspace, 2});
     EXPECT_TRUE(eventually([&] { return isManaged(window); }));
-
     client.unmap(window);
     EXPECT_TRUE(eventually([&] { return !find(window); })) << "withdrawn";
 }
@@ -120,8 +113,7 @@ TEST_F(X11ContentQueryTest, SortsTheKindsOfWindowsIntoLayers)
     const auto wallpaper = client.showWindow({.type = "DESKTOP"});
     const auto invisible = client.showWindow({.overridesRedirect = true, .isInputOnly = true});
     const auto neverShown = client.makeWindow({});
-    const auto isListed = [&](xcb_window_t window) { return find(window, true).has_value(); };
-    ASSERT_TRUE(eventually([&] { return isListed(dock) && isListed(notification) && isListed(wallpaper); }));
+    ASSERT_TRUE(eventually([&] { return find(dock, true) && find(notification, true) && find(wallpaper); }));
 
     EXPECT_GT(find(popup)->layer, 0);
     EXPECT_EQ(find(popup)->frame, QRectF(200, 150, 300, 200));
@@ -130,58 +122,34 @@ TEST_F(X11ContentQueryTest, SortsTheKindsOfWindowsIntoLayers)
     EXPECT_LT(find(wallpaper)->layer, 0);
     EXPECT_FALSE(find(invisible));
     EXPECT_FALSE(find(neverShown));
-    for (const auto &window : windows(true, false)) {
-        EXPECT_NE(window.windowID, wallpaper);
-    }
+    EXPECT_TRUE(std::ranges::none_of(windows(true, false),
+                                     [&](const auto &window) { return window.windowID == wallpaper; }));
 }
-
-/// Another process with a window of its own.
-class OtherApplication {
-public:
-    OtherApplication() : m_process(fork())
-    {
-        if (m_process == 0) {
-            const TestClient client;
-            const auto window = client.showWindow({});
-            while (client.connection().isAlive() && window != XCB_WINDOW_NONE) {
-                pause();
-            }
-            _exit(0);
-        }
-    }
-    ~OtherApplication()
-    {
-        kill(m_process, SIGKILL);
-        waitpid(m_process, nullptr, 0);
-    }
-    OtherApplication(const OtherApplication &) = delete;
-    OtherApplication &operator=(const OtherApplication &) = delete;
-    [[nodiscard]] pid_t processID() const { return m_process; }
-
-private:
-    pid_t m_process;
-};
 
 TEST_F(X11ContentQueryTest, BringsAnApplicationForward)
 {
-    const auto ours = client.showWindow({});
-    ASSERT_TRUE(eventually([&] { return isManaged(ours); }));
-    const OtherApplication other;
+    const auto ours = showManaged();
+    const pid_t other = fork();
+    if (other == 0) { // another application with one window
+        const TestClient process;
+        while (process.showWindow() != XCB_WINDOW_NONE) {
+            pause();
+        }
+    }
     const auto theirs = [&] {
         const auto all = windows(true, true);
         const auto found = std::ranges::find_if(all, [&](const ShareableWindow &window) {
-            return window.owningApplication && window.owningApplication->processID == other.processID();
+            return window.owningApplication && window.owningApplication->processID == other;
         });
         return found != all.end() ? found->windowID : 0;
     };
-    ASSERT_TRUE(eventually([&] { return isManaged(theirs()); }));
-
+    EXPECT_TRUE(eventually([&] { return isManaged(theirs()); }));
     query.activateApplication(getpid());
     EXPECT_TRUE(eventually([&] { return isAbove(ours, theirs()); }));
-    query.activateApplication(other.processID());
+    query.activateApplication(other);
     EXPECT_TRUE(eventually([&] { return isAbove(theirs(), ours); }));
-    query.activateApplication(1); // has no window
-    EXPECT_TRUE(isAbove(theirs(), ours));
+    kill(other, SIGKILL);
+    waitpid(other, nullptr, 0);
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "desktop/x11/X11HotKeys.h"
 
-#include "Eventually.h"
 #include "TestClient.h"
 #include "desktop/x11/AppleKeyCodes.h"
+#include "support/Eventually.h"
 
 #include <QProcess>
 #include <QStringList>
@@ -38,26 +38,22 @@ protected:
     {
         hotKeys.setPressHandler([this](std::uint32_t id) { pressed.push_back(id); });
     }
-    /// Whether each time the same hot key, and no other, comes once.
     [[nodiscard]] bool firesOnce(const QString &keys, std::uint32_t id)
     {
         pressed.clear();
         xdotool({"key", keys});
         const bool came = eventually([&] { return !pressed.empty(); });
-        passTime(30ms);
-        return came && pressed == std::vector{id};
+        return came && !eventually([&] { return pressed != std::vector{id}; }, 30ms);
     }
     [[nodiscard]] bool staysSilent(const QString &keys)
     {
         pressed.clear();
         xdotool({"key", keys});
-        passTime(100ms);
-        return pressed.empty();
+        return !eventually([&] { return !pressed.empty(); }, 100ms);
     }
 
     std::vector<std::uint32_t> pressed;
     X11HotKeys hotKeys;
-    TestClient other;
 };
 
 TEST_F(X11HotKeysTest, FiresForItsCombinationAloneWhateverTheLocksAre)
@@ -79,7 +75,7 @@ TEST_F(X11HotKeysTest, FiresOnceForAHeldKey)
     ASSERT_TRUE(hotKeys.registerHotKey(kKeyR, kControl | kOption, 7));
     QProcess::execute("xset", {"r", "rate", "100", "50"});
     xdotool({"keydown", "ctrl", "keydown", "alt", "keydown", "r"});
-    passTime(600ms);
+    EXPECT_FALSE(eventually([&] { return pressed.size() > 1; }, 600ms));
     EXPECT_EQ(pressed.size(), 1);
     xdotool({"keyup", "r", "keydown", "r", "keyup", "r", "keyup", "alt", "keyup", "ctrl"});
     EXPECT_TRUE(eventually([&] { return pressed.size() == 2; }));
@@ -87,27 +83,24 @@ TEST_F(X11HotKeysTest, FiresOnceForAHeldKey)
 
 TEST_F(X11HotKeysTest, TakesAllOrNothing)
 {
-    constexpr std::uint16_t kNumLock = XCB_MOD_MASK_2;
-    ASSERT_TRUE(other.grabKey(kXKeyR, kControlAlt | kNumLock));
+    auto other = std::make_unique<TestClient>();
+    ASSERT_TRUE(other->grabKey(kXKeyR, kControlAlt | XCB_MOD_MASK_2)); // with NumLock
     EXPECT_FALSE(hotKeys.registerHotKey(kKeyR, kControl | kOption, 1));
-    {
-        const TestClient third;
-        EXPECT_TRUE(third.grabKey(kXKeyR, kControlAlt)) << "the other variants were not given back";
-    }
-    other.ungrabKey(kXKeyR);
-    ASSERT_TRUE(eventually([&] { return other.grabKey(kXKeyR, kControlAlt); })); // the third has gone
-    other.ungrabKey(kXKeyR);
+    EXPECT_TRUE(TestClient().grabKey(kXKeyR, kControlAlt)) << "the other variants were not given back";
+    other.reset();
 
-    const auto reference = hotKeys.registerHotKey(kKeyR, kControl | kOption, 1);
-    ASSERT_TRUE(reference);
+    std::optional<HotKeyService::Reference> reference;
+    const auto registers = [&] {
+        reference = hotKeys.registerHotKey(kKeyR, kControl | kOption, 1);
+        return reference.has_value();
+    };
+    ASSERT_TRUE(eventually(registers)); // once the server has noticed that the others are gone
     EXPECT_FALSE(hotKeys.registerHotKey(kKeyR, kControl | kOption, 2)) << "taken by ourselves";
     EXPECT_FALSE(hotKeys.registerHotKey(0xFFFF, kControl | kOption, 3)) << "no such key";
     EXPECT_TRUE(firesOnce("ctrl+alt+r", 1));
-
     hotKeys.unregisterHotKey(*reference);
     EXPECT_TRUE(staysSilent("ctrl+alt+r"));
-    EXPECT_TRUE(other.grabKey(kXKeyR, kControlAlt));
-    hotKeys.unregisterHotKey(*reference);
+    EXPECT_TRUE(TestClient().grabKey(kXKeyR, kControlAlt));
 }
 
 TEST_F(X11HotKeysTest, FollowsTheLayout)
@@ -119,18 +112,18 @@ TEST_F(X11HotKeysTest, FollowsTheLayout)
                                       QString("add %1 = Super_L Super_R").arg(to)});
     };
     exchange("Mod4", "Mod3");
-    EXPECT_TRUE(eventually([&] { return other.grabKey(kXKeyR, XCB_MOD_MASK_4); }));
+    EXPECT_TRUE(eventually([&] { return TestClient().grabKey(kXKeyR, XCB_MOD_MASK_4); }));
     EXPECT_TRUE(firesOnce("super+r", 5));
-    other.ungrabKey(kXKeyR);
     exchange("Mod3", "Mod4");
-    EXPECT_TRUE(eventually([&] { return other.grabKey(kXKeyR, XCB_MOD_MASK_3); }));
+    EXPECT_TRUE(eventually([&] { return TestClient().grabKey(kXKeyR, XCB_MOD_MASK_3); }));
     EXPECT_TRUE(firesOnce("super+r", 5));
 }
 
 TEST_F(X11HotKeysTest, FindsEachPlaceOnAnAmericanKeyboard)
 {
+    const TestClient client;
     const std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(
-        xcb_key_symbols_alloc(other.connection().get()), xcb_key_symbols_free);
+        xcb_key_symbols_alloc(client.get()), xcb_key_symbols_free);
     const auto symbolAt = [&](std::uint32_t appleKeyCode) {
         return xcb_key_symbols_get_keysym(symbols.get(), xKeyCode(appleKeyCode).value_or(0), 0);
     };
@@ -140,12 +133,6 @@ TEST_F(X11HotKeysTest, FindsEachPlaceOnAnAmericanKeyboard)
         if (printed[code] != ' ') {
             EXPECT_EQ(symbolAt(code), static_cast<xcb_keysym_t>(printed[code])) << code;
         }
-    }
-    // F1 to F12 have consecutive symbols from 0xFFBE on.
-    const std::array<std::uint32_t, 12> functionKeys{0x7A, 0x78, 0x63, 0x76, 0x60, 0x61,
-                                                     0x62, 0x64, 0x65, 0x6D, 0x67, 0x6F};
-    for (std::size_t index = 0; index < functionKeys.size(); ++index) {
-        EXPECT_EQ(symbolAt(functionKeys.at(index)), 0xFFBE + index);
     }
 }
 

@@ -1,9 +1,9 @@
 #include "desktop/x11/X11Screens.h"
 
-#include "../../support/PrintQt.h"
 #include "TestClient.h"
 #include "desktop/x11/X11ContentQuery.h"
 #include "desktop/x11/X11Scale.h"
+#include "support/PrintQt.h"
 
 #include <QScopeGuard>
 
@@ -14,7 +14,7 @@ namespace {
 
 void setResources(const TestClient &client, QByteArrayView resources)
 {
-    client.setText(client.connection().root(), "RESOURCE_MANAGER", "STRING", resources);
+    client.setText(client.root(), "RESOURCE_MANAGER", "STRING", resources);
 }
 
 TEST(X11Scale, IsWhatQtMakesOfTheResolution)
@@ -26,7 +26,7 @@ TEST(X11Scale, IsWhatQtMakesOfTheResolution)
     });
     const auto scale = [&](QByteArrayView resources) {
         setResources(client, resources);
-        return pixelsPerPoint(client.connection());
+        return pixelsPerPoint(client);
     };
     EXPECT_EQ(scale(""), 1);
     EXPECT_EQ(scale("Xft.antialias:\t1\nXft.dpi:\t144\nXft.dpix:\t1\n"), 1.5);
@@ -45,8 +45,7 @@ TEST(X11Screens, MeasuresInPoints)
     const TestClient client;
     const auto restore = qScopeGuard([&] { setResources(client, ""); });
     setResources(client, "Xft.dpi:\t192\n");
-    xcb_warp_pointer(client.connection().get(), XCB_WINDOW_NONE, client.connection().root(), 0, 0, 0, 0, 300,
-                     150);
+    xcb_warp_pointer(client.get(), XCB_WINDOW_NONE, client.root(), 0, 0, 0, 0, 300, 150);
     const auto window = client.showWindow({.pixels = QRect(100, 40, 300, 200), .overridesRedirect = true});
 
     const X11Screens screens;
@@ -55,7 +54,7 @@ TEST(X11Screens, MeasuresInPoints)
     EXPECT_NE(all.front().displayID, 0);
     EXPECT_EQ(all.front().name, "screen");
     EXPECT_EQ(all.front().backingScaleFactor, 2);
-    const auto &server = client.connection().screen();
+    const auto &server = client.screen();
     EXPECT_EQ(all.front().frame, QRectF(0, 0, server.width_in_pixels / 2.0, server.height_in_pixels / 2.0));
     EXPECT_EQ(screens.mouseLocation(), QPointF(150, 75));
 
