@@ -1,50 +1,17 @@
 #include "app/RecordingCoordinator.h"
 
+#include "app/ChosenDevices.h"
 #include "capture/ZivraError.h"
 #include "platform/PlatformError.h"
 
-#include <QCoroFuture>
 #include <QFile>
 #include <QPointer>
 
-#include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace zivra {
 
 namespace {
-
-std::optional<ZivraError> asZivraError(const std::exception_ptr &error)
-{
-    try {
-        std::rethrow_exception(error);
-    } catch (const ZivraError &known) {
-        return known;
-    } catch (...) {
-        return std::nullopt;
-    }
-}
-
-QString privacyPane(const ZivraError &error)
-{
-    switch (error.code()) {
-    case ZivraError::screenPermission:
-        return Permissions::screenCapturePane();
-    case ZivraError::cameraPermission:
-        return Permissions::cameraPane();
-    case ZivraError::micPermission:
-        return Permissions::microphonePane();
-    default:
-        return {};
-    }
-}
-
-std::optional<CaptureDevice> deviceWithID(const std::vector<CaptureDevice> &devices, const QString &uniqueID)
-{
-    const auto found = std::ranges::find(devices, uniqueID, &CaptureDevice::uniqueID);
-    return found != devices.end() ? std::optional(*found) : std::nullopt;
-}
 
 void removeFile(const std::optional<QUrl> &url)
 {
@@ -58,16 +25,16 @@ void removeFile(const std::optional<QUrl> &url)
 RecordingCoordinator::RecordingCoordinator(Collaborators collaborators, QObject *parent)
     : RecordingControls(parent),
       m_with(std::move(collaborators)),
-      m_planner({m_with.settings, m_with.screens, m_with.content, m_with.screenAccess, m_with.areaSelector})
+      m_planner({m_with.settings, m_with.screens, m_with.content, m_with.screenAccess, m_with.areaSelector}),
+      m_preview({m_with.settings, m_with.devices, m_with.camera, m_with.bubble, m_with.screens,
+                 m_with.permissions, m_with.authorization},
+                [this] { return m_phase == Phase::Idle; }),
+      m_alerts(m_with.alerts, m_with.permissions),
+      m_stopwatch(m_with.clock, [this](double seconds) { setElapsed(seconds); })
 {
-    m_ticker.setInterval(std::chrono::milliseconds(250));
-    connect(&m_ticker, &QTimer::timeout, this, [this] {
-        const double open = m_segmentStart ? (m_with.clock.now() - *m_segmentStart).seconds() : 0;
-        setElapsed(m_accumulated + open);
-    });
     // The notice comes before the change, so the preview follows one turn of the event loop later.
-    connect(&m_with.settings, &Settings::willChange, this, &RecordingCoordinator::refreshPreview,
-            Qt::QueuedConnection);
+    connect(
+        &m_with.settings, &Settings::willChange, this, [this] { m_preview.refresh(); }, Qt::QueuedConnection);
     m_with.bubble.onSize = [this](BubbleSize size) {
         m_with.settings.setBubbleSize(size);
         m_with.bubble.resize(size);
@@ -138,10 +105,7 @@ void RecordingCoordinator::pause()
     if (m_mode == RecordingMode::CameraOnly) {
         m_with.camera.pauseMovie();
     }
-    if (m_segmentStart) {
-        m_accumulated += (m_with.clock.now() - *m_segmentStart).seconds();
-    }
-    m_segmentStart.reset();
+    m_stopwatch.pause();
     setPhase(Phase::Paused);
 }
 
@@ -156,7 +120,7 @@ void RecordingCoordinator::resume()
     if (m_mode == RecordingMode::CameraOnly) {
         m_with.camera.resumeMovie();
     }
-    m_segmentStart = m_with.clock.now();
+    m_stopwatch.resume();
     setPhase(Phase::Recording);
 }
 
@@ -173,8 +137,8 @@ RecordingCoordinator::Task RecordingCoordinator::begin(bool useCountdown, bool r
     }
     tearDown();
     setPhase(Phase::Idle);
-    if (asZivraError(failure) != ZivraError(ZivraError::cancelled)) {
-        co_await present(failure);
+    if (!isCancellation(failure)) {
+        co_await m_alerts.present(failure);
     }
 }
 
@@ -196,7 +160,10 @@ RecordingCoordinator::Task RecordingCoordinator::prepareAndStart(bool useCountdo
     if (m_mode == RecordingMode::ScreenOnly) {
         m_with.bubble.hide();
     } else {
-        showCamera(screen);
+        m_preview.startCamera();
+        if (!m_cameraHidden) {
+            m_preview.showBubble(screen, !withScreen);
+        }
     }
     if (useCountdown) {
         setPhase(Phase::Countdown);
@@ -215,12 +182,9 @@ RecordingCoordinator::Task RecordingCoordinator::prepareAndStart(bool useCountdo
     if (withScreen) {
         co_await startScreenCapture(url);
     } else {
-        m_with.camera.startMovie(chosenMicrophone(), url);
+        m_with.camera.startMovie(chosenMicrophone(m_with.settings, m_with.devices), url);
     }
-    m_accumulated = 0;
-    setElapsed(0);
-    m_segmentStart = m_with.clock.now();
-    startTicker();
+    m_stopwatch.start();
     setPhase(Phase::Recording);
 }
 
@@ -250,22 +214,13 @@ Screen RecordingCoordinator::targetScreen() const
     return screenWithMouse(m_with.screens);
 }
 
-void RecordingCoordinator::showCamera(const Screen &screen)
-{
-    m_with.camera.start(chosenCamera(), m_with.settings.quality());
-    if (!m_cameraHidden) {
-        m_with.bubble.show(m_with.camera, screen, m_mode == RecordingMode::CameraOnly,
-                           m_with.settings.bubbleSize(), m_with.settings.mirrorCamera());
-    }
-}
-
 RecordingCoordinator::Task RecordingCoordinator::startScreenCapture(QUrl url)
 {
     if (!m_plan) {
         throw ZivraError(ZivraError::noDisplay);
     }
     ScreenRecorderOptions options = co_await m_planner.takeOptions(*m_plan, keptWindows());
-    if (const auto microphone = chosenMicrophone()) {
+    if (const auto microphone = chosenMicrophone(m_with.settings, m_with.devices)) {
         options.microphoneID = microphone->uniqueID;
     }
     options.outputURL = url;
@@ -327,11 +282,11 @@ QCoro::Task<std::optional<QUrl>> RecordingCoordinator::stopCapture()
 RecordingCoordinator::Task RecordingCoordinator::finishTask()
 {
     setPhase(Phase::Processing);
-    stopTicker();
+    m_stopwatch.stop();
     const std::optional<QUrl> url = co_await stopCapture();
     tearDown();
     if (!url) {
-        co_await present(std::make_exception_ptr(ZivraError(ZivraError::recordingFailed)));
+        co_await m_alerts.present(std::make_exception_ptr(ZivraError(ZivraError::recordingFailed)));
         setPhase(Phase::Idle);
         co_return;
     }
@@ -350,7 +305,7 @@ RecordingCoordinator::Task RecordingCoordinator::finishTask()
 RecordingCoordinator::Task RecordingCoordinator::restartTask()
 {
     setPhase(Phase::Processing);
-    stopTicker();
+    m_stopwatch.stop();
     const std::optional<QUrl> url = co_await stopCapture();
     removeFile(url);
     m_with.drawing.clearStrokes();
@@ -359,21 +314,15 @@ RecordingCoordinator::Task RecordingCoordinator::restartTask()
 
 RecordingCoordinator::Task RecordingCoordinator::cancelTask(bool wasRecording)
 {
-    Alert alert;
-    alert.message = QStringLiteral("Delete this recording?");
-    alert.informativeText = QStringLiteral("The recording will be discarded. This can't be undone.");
-    alert.style = Alert::Style::Warning;
-    alert.buttons = {QStringLiteral("Delete"), QStringLiteral("Keep Recording")};
-
     const int take = m_take;
     m_askingToCancel = true;
-    const AlertAnswer answer = co_await m_with.alerts.run(alert);
+    const bool isConfirmed = co_await m_alerts.confirmDiscard();
     m_askingToCancel = false;
     // A hot key may have finished or restarted the take while the question stood.
     if (take != m_take || !isRecording() || m_taskPending) {
         co_return;
     }
-    if (answer.button == 0) {
+    if (isConfirmed) {
         spawn([this] { return discard(); });
     } else if (wasRecording) {
         resume();
@@ -383,41 +332,19 @@ RecordingCoordinator::Task RecordingCoordinator::cancelTask(bool wasRecording)
 RecordingCoordinator::Task RecordingCoordinator::discard()
 {
     setPhase(Phase::Processing);
-    stopTicker();
+    m_stopwatch.stop();
     const std::optional<QUrl> url = co_await stopCapture();
     removeFile(url);
     tearDown();
     setPhase(Phase::Idle);
 }
 
-RecordingCoordinator::Task RecordingCoordinator::present(std::exception_ptr error)
-{
-    Alert alert;
-    QString pane;
-    if (const auto known = asZivraError(error)) {
-        alert.message = known->errorDescription();
-        pane = privacyPane(*known);
-        if (!pane.isEmpty()) {
-            alert.informativeText = known->recoverySuggestion().value_or(QString());
-            alert.buttons = {QStringLiteral("Open System Settings"), QStringLiteral("Cancel")};
-        }
-    } else {
-        alert.message = errorText(error);
-    }
-    alert.style = Alert::Style::Warning;
-    const AlertAnswer answer = co_await m_with.alerts.run(alert);
-    if (!pane.isEmpty() && answer.button == 0) {
-        m_with.permissions.openPrivacySettings(pane);
-    }
-}
-
 void RecordingCoordinator::tearDown()
 {
-    stopTicker();
+    m_stopwatch.stop();
     m_with.controlBar.orderOut();
     m_with.drawing.hide();
-    m_with.bubble.hide();
-    m_with.camera.stop();
+    m_preview.stop();
     setCameraHidden(false);
     m_screenRecorder.reset();
 }
@@ -431,8 +358,7 @@ void RecordingCoordinator::toggleCamera()
     if (m_cameraHidden) {
         m_with.bubble.hide();
     } else {
-        m_with.bubble.show(m_with.camera, targetScreen(), false, m_with.settings.bubbleSize(),
-                           m_with.settings.mirrorCamera());
+        m_preview.showBubble(targetScreen(), false);
     }
 }
 
@@ -447,58 +373,7 @@ void RecordingCoordinator::closeCameraBubble()
 
 void RecordingCoordinator::setPreviewing(bool previewing)
 {
-    m_previewing = previewing;
-    const bool usesCamera = m_with.settings.effectiveMode() != RecordingMode::ScreenOnly;
-    if (previewing && usesCamera &&
-        m_with.authorization.authorizationStatus(MediaType::Video) == AuthorizationStatus::NotDetermined) {
-        [](RecordingCoordinator &self) -> Task {
-            co_await self.m_with.permissions.request(MediaType::Video);
-            self.refreshPreview();
-        }(*this);
-    }
-    refreshPreview();
-}
-
-void RecordingCoordinator::refreshPreview()
-{
-    if (m_phase != Phase::Idle) {
-        return;
-    }
-    const RecordingMode mode = m_with.settings.effectiveMode();
-    if (m_previewing && mode != RecordingMode::ScreenOnly &&
-        m_with.authorization.authorizationStatus(MediaType::Video) == AuthorizationStatus::Authorized) {
-        m_with.camera.start(chosenCamera(), m_with.settings.quality());
-        m_with.bubble.show(m_with.camera, screenWithMouse(m_with.screens), mode == RecordingMode::CameraOnly,
-                           m_with.settings.bubbleSize(), m_with.settings.mirrorCamera());
-    } else {
-        m_with.bubble.hide();
-        m_with.camera.stop();
-    }
-}
-
-void RecordingCoordinator::startTicker()
-{
-    m_ticker.start();
-}
-
-void RecordingCoordinator::stopTicker()
-{
-    m_ticker.stop();
-}
-
-std::optional<CaptureDevice> RecordingCoordinator::chosenCamera() const
-{
-    const auto chosen = deviceWithID(m_with.devices.cameras(), m_with.settings.cameraID());
-    return chosen ? chosen : m_with.devices.defaultCamera();
-}
-
-std::optional<CaptureDevice> RecordingCoordinator::chosenMicrophone() const
-{
-    if (!m_with.settings.micEnabled()) {
-        return std::nullopt;
-    }
-    const auto chosen = deviceWithID(m_with.devices.microphones(), m_with.settings.micID());
-    return chosen ? chosen : m_with.devices.defaultMicrophone();
+    m_preview.setWanted(previewing);
 }
 
 void RecordingCoordinator::setPhase(Phase phase)

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "app/CameraPreview.h"
 #include "app/CapturePlan.h"
 #include "app/CapturePlanner.h"
+#include "app/RecordingAlerts.h"
+#include "app/TakeStopwatch.h"
 #include "capture/CameraManager.h"
 #include "capture/Devices.h"
 #include "capture/Permissions.h"
@@ -19,7 +22,6 @@
 #include "settings/Settings.h"
 
 #include <QCoroTask>
-#include <QTimer>
 #include <QUrl>
 
 #include <exception>
@@ -95,7 +97,6 @@ private:
     Task prepareAndStart(bool useCountdown, bool reusePlan);
     Task askForPermissions();
     [[nodiscard]] Screen targetScreen() const;
-    void showCamera(const Screen &screen);
     Task startScreenCapture(QUrl url);
     [[nodiscard]] std::set<std::uint32_t> keptWindows() const;
     void takeDied(int take, const std::exception_ptr &error);
@@ -104,14 +105,8 @@ private:
     Task restartTask();
     Task cancelTask(bool wasRecording);
     Task discard();
-    Task present(std::exception_ptr error);
     void tearDown();
-    void refreshPreview();
     void closeCameraBubble();
-    void startTicker();
-    void stopTicker();
-    [[nodiscard]] std::optional<CaptureDevice> chosenCamera() const;
-    [[nodiscard]] std::optional<CaptureDevice> chosenMicrophone() const;
     void setPhase(Phase phase);
     void setElapsed(double seconds);
     void setCameraHidden(bool hidden);
@@ -119,16 +114,15 @@ private:
 
     Collaborators m_with;
     CapturePlanner m_planner;
+    CameraPreview m_preview;
+    RecordingAlerts m_alerts;
+    TakeStopwatch m_stopwatch;
     Phase m_phase = Phase::Idle;
     double m_elapsed = 0; ///< seconds
     bool m_cameraHidden = false;
     RecordingMode m_mode = RecordingMode::ScreenAndCamera;
     std::optional<CapturePlan> m_plan;
     std::unique_ptr<ScreenTake> m_screenRecorder;
-    double m_accumulated = 0;                ///< seconds of the closed segments
-    std::optional<MediaTime> m_segmentStart; ///< absent while paused
-    QTimer m_ticker;
-    bool m_previewing = false;
     bool m_taskPending = false;    ///< a task has been asked for and not begun
     bool m_askingToCancel = false; ///< the question is on the screen
     int m_take = 0;                ///< counts the takes, to tell a late message of an earlier one

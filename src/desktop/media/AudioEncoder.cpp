@@ -90,13 +90,13 @@ void AudioEncoder::encodeNext(int frames)
         av_frame_get_buffer(frame.get(), 0) < 0) {
         throw std::bad_alloc();
     }
-    const int channels = m_settings.channels;
-    m_interleaved.resize(static_cast<std::size_t>(frames * channels));
+    const auto channels = static_cast<std::size_t>(m_settings.channels);
+    m_interleaved.resize(static_cast<std::size_t>(frames) * channels);
     m_timeline.read(m_interleaved);
-    for (int channel = 0; channel < channels; ++channel) {
+    for (std::size_t channel = 0; channel < channels; ++channel) {
         auto *plane = reinterpret_cast<float *>(frame->extended_data[channel]);
-        for (int i = 0; i < frames; ++i) {
-            plane[i] = m_interleaved[static_cast<std::size_t>(i * channels + channel)];
+        for (std::size_t i = 0; i < static_cast<std::size_t>(frames); ++i) {
+            plane[i] = m_interleaved[i * channels + channel];
         }
     }
     encodeFrame(*m_codec, frame.get(), [this](PacketPtr packet) {

@@ -19,6 +19,7 @@ MovieReaderOutput &FFmpegMovieReader::addAudioMixOutput(const std::vector<MovieT
                                                         const AudioFormat &format)
 {
     std::vector<int> indices;
+    indices.reserve(tracks.size());
     for (const auto &track : tracks) {
         indices.push_back(track.index);
     }

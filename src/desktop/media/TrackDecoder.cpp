@@ -23,14 +23,14 @@ const auto kDecodeFailure = QStringLiteral("The sound can’t be decoded");
 /// other makers' files.
 std::vector<float> interleaved(AVFrame &frame)
 {
-    const int channels = frame.ch_layout.nb_channels;
-    std::vector<float> samples(static_cast<std::size_t>(frame.nb_samples) *
-                               static_cast<std::size_t>(channels));
+    const auto channels = static_cast<std::size_t>(frame.ch_layout.nb_channels);
+    const auto count = static_cast<std::size_t>(frame.nb_samples);
+    std::vector<float> samples(count * channels);
     if (frame.format == AV_SAMPLE_FMT_FLTP) {
-        for (int channel = 0; channel < channels; ++channel) {
+        for (std::size_t channel = 0; channel < channels; ++channel) {
             const auto *plane = reinterpret_cast<const float *>(frame.extended_data[channel]);
-            for (int i = 0; i < frame.nb_samples; ++i) {
-                samples[static_cast<std::size_t>(i * channels + channel)] = plane[i];
+            for (std::size_t i = 0; i < count; ++i) {
+                samples[i * channels + channel] = plane[i];
             }
         }
         return samples;

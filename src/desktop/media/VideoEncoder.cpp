@@ -56,9 +56,10 @@ FramePtr wrap(std::shared_ptr<const VideoFrame> picture)
     const auto release = [](void *opaque, std::uint8_t *) {
         std::unique_ptr<Keeper>(static_cast<Keeper *>(opaque)).reset();
     };
+    const auto lumaSize =
+        static_cast<std::size_t>(frame->linesize[0]) * static_cast<std::size_t>(frame->height);
     frame->buf[0] =
-        av_buffer_create(frame->data[0], static_cast<std::size_t>(frame->linesize[0] * frame->height),
-                         release, keeper.get(), AV_BUFFER_FLAG_READONLY);
+        av_buffer_create(frame->data[0], lumaSize, release, keeper.get(), AV_BUFFER_FLAG_READONLY);
     if (frame->buf[0] == nullptr) {
         throw std::bad_alloc();
     }

@@ -11,7 +11,7 @@
 namespace zivra::desktop {
 
 WindowsContent::WindowsContent(const XcbConnection &connection, QRect area,
-                               std::vector<std::uint32_t> windows)
+                               const std::vector<std::uint32_t> &windows)
     : m_connection(connection),
       m_origin(area.topLeft()),
       m_composer(connection, area.size(), WindowComposer::Background::Black)

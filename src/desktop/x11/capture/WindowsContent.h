@@ -17,7 +17,7 @@ namespace zivra::desktop {
 class WindowsContent final : public PictureContent {
 public:
     /// `area` in pixels of the root window, as the windows stand now.
-    WindowsContent(const XcbConnection &connection, QRect area, std::vector<std::uint32_t> windows);
+    WindowsContent(const XcbConnection &connection, QRect area, const std::vector<std::uint32_t> &windows);
 
     void note(ServerEvents::Kind kind, const xcb_generic_event_t &event) override;
     [[nodiscard]] bool mayHaveChanged() const override;
