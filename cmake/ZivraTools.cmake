@@ -13,7 +13,9 @@ endif()
 
 set(ZIVRA_SANITIZERS "" CACHE STRING "Sanitizers for every target, as -fsanitize takes them")
 if(ZIVRA_SANITIZERS)
-  add_compile_options(-fsanitize=${ZIVRA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  # GCC takes variants for uninitialised once they are instrumented.
+  add_compile_options(-fsanitize=${ZIVRA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer
+                      -Wno-maybe-uninitialized)
   add_link_options(-fsanitize=${ZIVRA_SANITIZERS})
 endif()
 
