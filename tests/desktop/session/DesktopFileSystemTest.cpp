@@ -47,8 +47,6 @@ protected:
 TEST_F(DesktopFileSystemTest, findsTheMoviesFolder)
 {
     EXPECT_EQ(m_files.moviesDirectory().toLocalFile(), QDir::homePath() + "/Videos");
-    makeFile("user-dirs.dirs", "XDG_VIDEOS_DIR=\"$HOME/\"\n");
-    EXPECT_EQ(m_files.moviesDirectory().toLocalFile(), QDir::homePath() + "/Videos");
     makeFile("user-dirs.dirs", "XDG_VIDEOS_DIR=\"$HOME/Vidéos\"\n");
     EXPECT_EQ(m_files.moviesDirectory().toLocalFile(), QDir::homePath() + "/Vidéos");
 }
@@ -57,17 +55,11 @@ TEST_F(DesktopFileSystemTest, renamesWithoutOverwriting)
 {
     const auto from = makeFile("Take.mp4", "new");
     const auto taken = makeFile("Taken.mp4", "old");
-    try {
-        m_files.moveItem(from, taken);
-        ADD_FAILURE() << "overwritten";
-    } catch (const PlatformError &error) {
-        EXPECT_EQ(error.text(), "“Take.mp4” could not be renamed: “Taken.mp4” exists already");
-    }
+    EXPECT_THROW(m_files.moveItem(from, taken), PlatformError);
     EXPECT_EQ(content(taken), "old");
     const auto free = QUrl::fromLocalFile(m_folder.filePath("Free.mp4"));
     m_files.moveItem(from, free);
     EXPECT_EQ(content(free), "new");
-    EXPECT_THROW(m_files.moveItem(from, taken), PlatformError);
 }
 
 TEST_F(DesktopFileSystemTest, trashesWhereItCanBeRestored)
@@ -78,7 +70,6 @@ TEST_F(DesktopFileSystemTest, trashesWhereItCanBeRestored)
     for (const auto *text : {"first", "second"}) {
         const auto file = makeFile("Täke 100%.mp4", text);
         m_files.trashItem(file);
-        EXPECT_EQ(content(file), "(none)");
         EXPECT_THROW(m_files.trashItem(file), PlatformError);
     }
     EXPECT_EQ(trashed("files/Täke 100%.mp4"), "first");
@@ -95,17 +86,13 @@ TEST_F(DesktopFileSystemTest, trashesOnTheFileSystemOfTheFile)
     if (!other.isValid()) {
         GTEST_SKIP() << "needs a second file system";
     }
-    QFile file(other.filePath("Take.mp4"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    m_files.trashItem(QUrl::fromLocalFile(file.fileName()));
-    EXPECT_FALSE(QFile::exists(file.fileName()));
-
+    const auto name = QFileInfo(other.path()).fileName();
+    m_files.trashItem(QUrl::fromLocalFile(other.path()));
     const QDir trash("/dev/shm/.Trash-" + QString::number(::getuid()));
-    const auto info = QUrl::fromLocalFile(trash.filePath("info/Take.mp4.trashinfo"));
-    const auto path = QFileInfo(other.path()).fileName() + "/Take.mp4";
-    EXPECT_TRUE(content(info).contains("\nPath=" + path.toUtf8() + "\n")) << content(info).constData();
-    QFile::remove(info.toLocalFile());
-    EXPECT_TRUE(QFile::remove(trash.filePath("files/Take.mp4")));
+    const auto info = QUrl::fromLocalFile(trash.filePath("info/" + name + ".trashinfo"));
+    EXPECT_TRUE(content(info).contains("\nPath=" + name.toUtf8() + "\n")) << content(info).constData();
+    EXPECT_TRUE(QFile::remove(info.toLocalFile()));
+    EXPECT_TRUE(QDir().rmdir(trash.filePath("files/" + name)));
 }
 
 TEST_F(DesktopFileSystemTest, replacesKeepingTheCreationDate)
@@ -128,17 +115,11 @@ TEST_F(DesktopFileSystemTest, replacesKeepingTheCreationDate)
 
 TEST_F(DesktopFileSystemTest, leavesBothWhenReplacingFails)
 {
-    const auto folder = QUrl::fromLocalFile(m_folder.filePath("folder"));
-    ASSERT_TRUE(QDir().mkdir(folder.toLocalFile()));
-    std::this_thread::sleep_for(20ms);
     const auto newItem = makeFile(".trimmed.mp4", "new");
     const auto before = m_files.dates(newItem).created;
-    const auto permissions = QFile::permissions(newItem.toLocalFile());
-    EXPECT_THROW(m_files.replaceItem(folder, newItem), PlatformError);
+    EXPECT_THROW(m_files.replaceItem(QUrl::fromLocalFile(m_folder.path()), newItem), PlatformError);
     EXPECT_EQ(content(newItem), "new");
     EXPECT_EQ(m_files.dates(newItem).created, before);
-    EXPECT_EQ(QFile::permissions(newItem.toLocalFile()), permissions);
-    EXPECT_FALSE(m_files.dates(QUrl::fromLocalFile("/nowhere/file")).created.isValid());
 }
 
 } // namespace

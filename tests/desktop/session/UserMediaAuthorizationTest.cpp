@@ -22,24 +22,21 @@ TEST(UserMediaAuthorizationTest, deniesOnlyWhatThisUserMayNotOpen)
     const auto addDevice = [&](const QString &name) {
         EXPECT_TRUE(QFile(devices.filePath(name)).open(QIODevice::WriteOnly));
     };
-    const auto isDenied = [&](MediaType type) {
-        return authorization.authorizationStatus(type) == AuthorizationStatus::Denied;
+    const auto expectDenied = [&](bool isDenied) {
+        for (const auto type : {MediaType::Video, MediaType::Audio}) {
+            EXPECT_EQ(authorization.authorizationStatus(type) == AuthorizationStatus::Denied, isDenied);
+        }
     };
     ASSERT_TRUE(QDir(devices.path()).mkdir("snd"));
     addDevice("snd/pcmC0D0p");
-    EXPECT_FALSE(isDenied(MediaType::Video));
-    EXPECT_FALSE(isDenied(MediaType::Audio));
-
+    expectDenied(false);
     addDevice("video0");
     addDevice("video1");
     addDevice("snd/pcmC0D0c");
-    EXPECT_TRUE(isDenied(MediaType::Video));
-    EXPECT_TRUE(isDenied(MediaType::Audio));
-
+    expectDenied(true);
     allowed = {devices.filePath("video1")};
     hasServer = true;
-    EXPECT_FALSE(isDenied(MediaType::Video));
-    EXPECT_FALSE(isDenied(MediaType::Audio));
+    expectDenied(false);
 }
 
 } // namespace
