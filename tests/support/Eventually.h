@@ -10,7 +10,7 @@ namespace zivra {
 
 /// Runs the event loop until the condition holds, as long as `span` at most. Whether it holds.
 template <typename Condition>
-[[nodiscard]] bool eventually(Condition condition, std::chrono::milliseconds span = std::chrono::seconds(5))
+[[nodiscard]] bool eventually(Condition condition, std::chrono::milliseconds span = std::chrono::seconds(10))
 {
     const QDeadlineTimer deadline(span);
     while (!deadline.hasExpired()) {

@@ -1,36 +1,39 @@
 #pragma once
 
-#include "desktop/audio/PrivateSoundServer.h"
 #include "platform/CaptureSources.h"
+#include "support/Eventually.h"
 
-#include <QFuture>
+#include <gtest/gtest.h>
 
+#include <algorithm>
 #include <complex>
 #include <mutex>
+#include <numbers>
 #include <vector>
 
 namespace zivra::desktop::test {
 
-/// A running source and all that it has delivered.
+/// A running source and the first channel of all that it has delivered. Expects every block to follow on the
+/// one before to a few milliseconds, in one format.
 class SoundRecording {
 public:
     explicit SoundRecording(std::unique_ptr<CaptureSource> source) : m_source(std::move(source))
     {
-        const auto started = m_source->start(
-            [this](const MediaSample &sample) {
-                const std::scoped_lock held(m_mutex);
-                m_samples.push_back(sample);
-            },
-            [](const std::exception_ptr &) { ADD_FAILURE() << "ended"; });
-        EXPECT_TRUE(comesTrue([&] { return started.isFinished() && !samples().empty(); }));
+        const auto started = m_source->start([this](const MediaSample &sample) { take(sample); },
+                                             [](const std::exception_ptr &) { ADD_FAILURE() << "ended"; });
+        EXPECT_TRUE(eventually([&] { return started.isFinished() && format(); }));
     }
 
-    [[nodiscard]] AudioFormat format() const { return samples().front().audioFormat().value(); }
+    [[nodiscard]] std::optional<AudioFormat> format() const
+    {
+        const std::scoped_lock held(m_mutex);
+        return m_format;
+    }
     /// Amplitude of a tone in the latest 0.3 s; 0 as long as less was recorded.
     [[nodiscard]] double level(double frequency) const
     {
         const auto sound = latest();
-        const double step = 2 * std::numbers::pi * frequency / format().sampleRate;
+        const double step = 2 * std::numbers::pi * frequency / format()->sampleRate;
         std::complex<double> sum;
         for (std::size_t i = 0; i < sound.size(); ++i) {
             sum += std::polar(static_cast<double>(sound[i]), step * static_cast<double>(i));
@@ -39,71 +42,55 @@ public:
     }
     [[nodiscard]] bool comesToHear(double frequency) const
     {
-        return comesTrue([&] { return level(frequency) > 0.2; });
+        return eventually([&] { return level(frequency) > 0.2; });
     }
     [[nodiscard]] bool comesToBeSilent() const
     {
-        return comesTrue([&] {
+        return eventually([&] {
             const auto sound = latest();
             return !sound.empty() && std::ranges::all_of(sound, [](float value) { return value == 0; });
         });
     }
-    /// Lets it deliver another stretch of this length, at most ten seconds long.
-    void goOn(MediaTime duration) const
+    /// Lets it deliver another second.
+    void goOn() const
     {
-        const auto until = samples().back().presentationTime() + duration;
-        EXPECT_TRUE(comesTrue([&] { return samples().back().presentationTime() > until; }));
-    }
-    /// When the latest impulse was heard, in nanoseconds; 0 when none was.
-    [[nodiscard]] std::int64_t impulseTime() const
-    {
-        std::int64_t time = 0;
-        for (const auto &sample : samples()) {
-            const auto &block = *sample.audioBlock();
-            const auto loud = std::ranges::find_if(block.samples, [](float value) { return value > 0.3F; });
-            if (loud != block.samples.end()) {
-                const auto frame = (loud - block.samples.begin()) / block.format.channels;
-                const auto offset = MediaTime::fromFraction(frame, std::lround(block.format.sampleRate));
-                time = (sample.presentationTime() + offset).nanoseconds();
-            }
-        }
-        return time;
-    }
-    /// Stops, and expects every block to follow on the one before to a few milliseconds, in one format.
-    void expectUnbroken()
-    {
-        m_source->stop().waitForFinished();
-        const auto all = samples();
-        for (std::size_t i = 1; i < all.size(); ++i) {
-            const auto end = all[i - 1].presentationTime() + all[i - 1].timing().duration;
-            ASSERT_LE(std::abs((all[i].presentationTime() - end).nanoseconds()), 10'000'000) << "block " << i;
-            ASSERT_EQ(all[i].audioFormat(), all[0].audioFormat()) << "block " << i;
-        }
+        const auto until = length() + static_cast<std::size_t>(format()->sampleRate);
+        EXPECT_TRUE(eventually([&] { return length() > until; }));
     }
 
 private:
-    [[nodiscard]] std::vector<MediaSample> samples() const
+    void take(const MediaSample &sample)
     {
         const std::scoped_lock held(m_mutex);
-        return m_samples;
+        if (m_format) {
+            EXPECT_LE(std::abs((sample.presentationTime() - m_end).nanoseconds()), 10'000'000);
+            EXPECT_EQ(sample.audioFormat(), m_format);
+        }
+        m_format = sample.audioFormat();
+        m_end = sample.presentationTime() + sample.timing().duration;
+        const auto &samples = sample.audioBlock()->samples;
+        for (std::size_t i = 0; i < samples.size(); i += static_cast<std::size_t>(m_format->channels)) {
+            m_sound.push_back(samples[i]);
+        }
     }
-    /// The first channel of the latest 0.3 s, backwards; empty as long as less was recorded.
+    [[nodiscard]] std::size_t length() const
+    {
+        const std::scoped_lock held(m_mutex);
+        return m_sound.size();
+    }
+    /// The latest 0.3 s; empty as long as less was recorded.
     [[nodiscard]] std::vector<float> latest() const
     {
-        const auto all = samples();
-        const auto wanted = static_cast<std::size_t>(0.3 * all.front().audioFormat()->sampleRate);
-        std::vector<float> sound;
-        for (auto sample = all.rbegin(); sample != all.rend() && sound.size() < wanted; ++sample) {
-            const auto &block = *sample->audioBlock();
-            for (std::size_t i = block.frameCount(); i > 0; --i) {
-                sound.push_back(block.samples[(i - 1) * static_cast<std::size_t>(block.format.channels)]);
-            }
-        }
-        return sound.size() < wanted ? std::vector<float>() : sound;
+        const std::scoped_lock held(m_mutex);
+        const auto wanted = static_cast<std::ptrdiff_t>(0.3 * m_format->sampleRate);
+        return std::ssize(m_sound) < wanted ? std::vector<float>()
+                                            : std::vector(m_sound.end() - wanted, m_sound.end());
     }
 
     mutable std::mutex m_mutex;
-    std::vector<MediaSample> m_samples;
+    std::optional<AudioFormat> m_format;
+    MediaTime m_end;
+    std::vector<float> m_sound;
     std::unique_ptr<CaptureSource> m_source; ///< last: it stops before the rest goes
 };
 
