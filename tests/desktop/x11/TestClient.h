@@ -5,7 +5,6 @@
 #include <QRect>
 
 #include <algorithm>
-#include <array>
 #include <initializer_list>
 #include <string>
 
@@ -15,48 +14,30 @@ namespace zivra::desktop {
 class TestClient : public XcbConnection {
 public:
     struct Look {
-        QRect pixels = QRect(200, 150, 300, 200);
         const char *title = "";
         const char *type = ""; ///< _NET_WM_WINDOW_TYPE_ and this
         bool overridesRedirect = false;
-        bool isInputOnly = false;
     };
+    static constexpr QRect kPlace{200, 150, 300, 200}; ///< of every window, in pixels
 
     using XcbConnection::XcbConnection;
 
-    [[nodiscard]] xcb_window_t makeWindow(const Look &look) const
-    {
-        const xcb_window_t window = xcb_generate_id(get());
-        const std::uint32_t overridesRedirect = look.overridesRedirect ? 1 : 0;
-        const auto &[x, y, width, height] =
-            std::array{look.pixels.x(), look.pixels.y(), look.pixels.width(), look.pixels.height()};
-        xcb_create_window(get(), XCB_COPY_FROM_PARENT, window, root(), static_cast<std::int16_t>(x),
-                          static_cast<std::int16_t>(y), static_cast<std::uint16_t>(width),
-                          static_cast<std::uint16_t>(height), 0,
-                          look.isInputOnly ? XCB_WINDOW_CLASS_INPUT_ONLY : XCB_WINDOW_CLASS_INPUT_OUTPUT,
-                          XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT, &overridesRedirect);
-        setText(window, "_NET_WM_NAME", "UTF8_STRING", look.title);
-        setText(window, "WM_CLASS", "STRING", QByteArrayView("instance\0Test Application\0", 26));
-        if (*look.type != '\0') {
-            setNumbers(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
-                       {atom(std::string("_NET_WM_WINDOW_TYPE_") + look.type)});
-        }
-        return window;
-    }
     [[nodiscard]] xcb_window_t showWindow() const { return showWindow(Look()); }
     [[nodiscard]] xcb_window_t showWindow(const Look &look) const
     {
-        const xcb_window_t window = makeWindow(look);
+        const xcb_window_t window = xcb_generate_id(get());
+        const std::uint32_t overridesRedirect = look.overridesRedirect ? 1 : 0;
+        xcb_create_window(get(), XCB_COPY_FROM_PARENT, window, root(), kPlace.x(), kPlace.y(), kPlace.width(),
+                          kPlace.height(), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                          XCB_CW_OVERRIDE_REDIRECT, &overridesRedirect);
+        setText(window, "_NET_WM_NAME", "UTF8_STRING", look.title);
+        setText(window, "WM_CLASS", "STRING", QByteArrayView("instance\0Test Application\0", 26));
+        setNumbers(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+                   {atom(std::string("_NET_WM_WINDOW_TYPE_") + look.type)});
         map(window);
         return window;
     }
     void map(xcb_window_t window) const { check(xcb_map_window_checked(get(), window)); }
-    void unmap(xcb_window_t window) const { check(xcb_unmap_window_checked(get(), window)); }
-    void raise(xcb_window_t window) const
-    {
-        constexpr std::uint32_t kAbove = XCB_STACK_MODE_ABOVE;
-        check(xcb_configure_window_checked(get(), window, XCB_CONFIG_WINDOW_STACK_MODE, &kAbove));
-    }
     void tellManager(xcb_window_t window, const char *message,
                      std::initializer_list<std::uint32_t> data) const
     {

@@ -1,14 +1,11 @@
 #include "desktop/x11/X11HotKeys.h"
 
 #include "TestClient.h"
-#include "desktop/x11/AppleKeyCodes.h"
 #include "support/Eventually.h"
 
 #include <QProcess>
-#include <QStringList>
 
 #include <gtest/gtest.h>
-#include <xcb/xcb_keysyms.h>
 
 namespace zivra::desktop {
 namespace {
@@ -83,7 +80,7 @@ TEST_F(X11HotKeysTest, FiresOnceForAHeldKey)
 
 TEST_F(X11HotKeysTest, TakesAllOrNothing)
 {
-    auto other = std::make_unique<TestClient>();
+    std::optional<TestClient> other(std::in_place);
     ASSERT_TRUE(other->grabKey(kXKeyR, kControlAlt | XCB_MOD_MASK_2)); // with NumLock
     EXPECT_FALSE(hotKeys.registerHotKey(kKeyR, kControl | kOption, 1));
     EXPECT_TRUE(TestClient().grabKey(kXKeyR, kControlAlt)) << "the other variants were not given back";
@@ -96,10 +93,7 @@ TEST_F(X11HotKeysTest, TakesAllOrNothing)
     };
     ASSERT_TRUE(eventually(registers)); // once the server has noticed that the others are gone
     EXPECT_FALSE(hotKeys.registerHotKey(kKeyR, kControl | kOption, 2)) << "taken by ourselves";
-    EXPECT_FALSE(hotKeys.registerHotKey(0xFFFF, kControl | kOption, 3)) << "no such key";
-    EXPECT_TRUE(firesOnce("ctrl+alt+r", 1));
     hotKeys.unregisterHotKey(*reference);
-    EXPECT_TRUE(staysSilent("ctrl+alt+r"));
     EXPECT_TRUE(TestClient().grabKey(kXKeyR, kControlAlt));
 }
 
@@ -107,32 +101,12 @@ TEST_F(X11HotKeysTest, FollowsTheLayout)
 {
     ASSERT_TRUE(hotKeys.registerHotKey(kKeyR, kCommand, 5));
     EXPECT_TRUE(firesOnce("super+r", 5));
-    const auto exchange = [](const char *from, const char *to) {
+    for (const auto &[from, to] : {std::pair("Mod4", "Mod3"), std::pair("Mod3", "Mod4")}) {
         QProcess::execute("xmodmap", {"-e", QString("remove %1 = Super_L Super_R Hyper_L").arg(from), "-e",
                                       QString("add %1 = Super_L Super_R").arg(to)});
-    };
-    exchange("Mod4", "Mod3");
-    EXPECT_TRUE(eventually([&] { return TestClient().grabKey(kXKeyR, XCB_MOD_MASK_4); }));
-    EXPECT_TRUE(firesOnce("super+r", 5));
-    exchange("Mod3", "Mod4");
-    EXPECT_TRUE(eventually([&] { return TestClient().grabKey(kXKeyR, XCB_MOD_MASK_3); }));
-    EXPECT_TRUE(firesOnce("super+r", 5));
-}
-
-TEST_F(X11HotKeysTest, FindsEachPlaceOnAnAmericanKeyboard)
-{
-    const TestClient client;
-    const std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(
-        xcb_key_symbols_alloc(client.get()), xcb_key_symbols_free);
-    const auto symbolAt = [&](std::uint32_t appleKeyCode) {
-        return xcb_key_symbols_get_keysym(symbols.get(), xKeyCode(appleKeyCode).value_or(0), 0);
-    };
-    // What Apple's key codes print, from 0 on; a blank stands for a key that prints nothing here.
-    const std::string_view printed = "asdfhgzxcv bqweryt123465=97-80]ou[ip lj'k;\\,/nm.";
-    for (std::uint32_t code = 0; code < printed.size(); ++code) {
-        if (printed[code] != ' ') {
-            EXPECT_EQ(symbolAt(code), static_cast<xcb_keysym_t>(printed[code])) << code;
-        }
+        const std::uint16_t given = to[3] == '3' ? XCB_MOD_MASK_4 : XCB_MOD_MASK_3;
+        EXPECT_TRUE(eventually([&] { return TestClient().grabKey(kXKeyR, given); }));
+        EXPECT_TRUE(firesOnce("super+r", 5));
     }
 }
 
