@@ -9,8 +9,6 @@ namespace zivra::desktop {
 
 namespace {
 
-constexpr std::uint32_t kBlue = 0x2040c0;
-
 void pointer(const QStringList &command)
 {
     ASSERT_EQ(QProcess::execute("xdotool", command), 0);
@@ -60,7 +58,7 @@ TEST(Overlays, ShowARingAroundAPressThatVanishes)
     CaptureConfiguration clicks = configuration({100, 100, 400, 300});
     clicks.showsMouseClicks = true;
     Take take(wholeDisplay(), clicks);
-    ASSERT_TRUE(take.waitFor([](const VideoFrame &) { return true; }));
+    ASSERT_TRUE(take.waitForFrame());
     pointer({"click", "1"});
     ASSERT_TRUE(take.waitFor([](const VideoFrame &frame) { return marks(frame, 200, 150, 19, 21) > 60; }));
     const auto ring = take.samples().back().videoFrame();

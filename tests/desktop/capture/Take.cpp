@@ -5,6 +5,7 @@
 #include "platform/PlatformError.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace zivra::desktop {
@@ -14,20 +15,14 @@ namespace {
 MediaSample copy(const MediaSample &sample)
 {
     auto frame = std::make_shared<VideoFrame>(*sample.videoFrame());
-    const auto luma = static_cast<std::size_t>(frame->width) * static_cast<std::size_t>(frame->height);
-    const auto bytes = std::make_shared<std::vector<std::uint8_t>>();
-    bytes->reserve(luma * 3 / 2);
-    for (int plane = 0; plane < 3; ++plane) {
-        VideoFrame::Plane &from = frame->planes.at(static_cast<std::size_t>(plane));
-        const int width = plane == 0 ? frame->width : frame->width / 2;
-        std::uint8_t *const start = bytes->data() + bytes->size();
-        for (int y = 0; y < (plane == 0 ? frame->height : frame->height / 2); ++y) {
-            const std::uint8_t *row = from.data + std::ptrdiff_t{y} * from.stride;
-            bytes->insert(bytes->end(), row, row + width);
-        }
-        from = {start, width};
+    const auto planes = std::make_shared<std::array<std::vector<std::uint8_t>, 3>>();
+    for (std::size_t i = 0; i < 3; ++i) {
+        VideoFrame::Plane &plane = frame->planes.at(i);
+        const int rows = i == 0 ? frame->height : frame->height / 2;
+        planes->at(i).assign(plane.data, plane.data + std::ptrdiff_t{rows} * plane.stride);
+        plane.data = planes->at(i).data();
     }
-    frame->storage = bytes;
+    frame->storage = planes;
     return {std::shared_ptr<const VideoFrame>(frame), sample.timing(), sample.frameStatus()};
 }
 
@@ -47,11 +42,9 @@ QColor colourAt(const VideoFrame &frame, int x, int y)
 
 bool isNear(QColor colour, std::uint32_t expected)
 {
-    constexpr int kTolerance = 6;
     const QColor other = QColor::fromRgb(expected);
-    return std::abs(colour.red() - other.red()) <= kTolerance &&
-           std::abs(colour.green() - other.green()) <= kTolerance &&
-           std::abs(colour.blue() - other.blue()) <= kTolerance;
+    return std::max({std::abs(colour.red() - other.red()), std::abs(colour.green() - other.green()),
+                     std::abs(colour.blue() - other.blue())}) <= 6;
 }
 
 std::uint32_t firstDisplay(const QByteArray &displayName)
@@ -83,9 +76,6 @@ Take::Take(const ContentFilter &filter, const CaptureConfiguration &configuratio
         [this, frames](const MediaSample &sample) {
             const std::lock_guard lock(m_mutex);
             m_samples.push_back(frames == Frames::Held ? sample : copy(sample));
-            if (m_observer) {
-                m_observer(*sample.videoFrame());
-            }
             m_news.notify_all();
         },
         [this](const std::exception_ptr &reason) {
@@ -98,11 +88,6 @@ Take::Take(const ContentFilter &filter, const CaptureConfiguration &configuratio
     } catch (const PlatformError &error) {
         m_startError = error.text();
     }
-}
-
-Take::~Take()
-{
-    m_source.reset();
 }
 
 bool Take::stop()
@@ -131,6 +116,21 @@ bool Take::waitForColour(int x, int y, std::uint32_t colour)
     return waitFor([=](const VideoFrame &frame) { return isNear(colourAt(frame, x, y), colour); });
 }
 
+bool Take::waitForFrame()
+{
+    return waitFor([](const VideoFrame &) { return true; });
+}
+
+bool Take::waitForRepetition()
+{
+    return waitFor([](const VideoFrame &frame) { return frame.changed && frame.changed->empty(); });
+}
+
+bool Take::shows(int x, int y, std::uint32_t colour) const
+{
+    return isNear(colourAt(*samples().back().videoFrame(), x, y), colour);
+}
+
 QString Take::waitForEnd()
 {
     std::unique_lock lock(m_mutex);
@@ -151,12 +151,6 @@ void Take::forgetFrames()
     for (MediaSample &sample : m_samples) {
         dropped.push_back(std::exchange(sample, MediaSample({}, sample.timing(), sample.frameStatus())));
     }
-}
-
-void Take::setObserver(Check observer)
-{
-    const std::lock_guard lock(m_mutex);
-    m_observer = std::move(observer);
 }
 
 } // namespace zivra::desktop

@@ -34,9 +34,6 @@ public:
 
     Take(const ContentFilter &filter, const CaptureConfiguration &configuration,
          const QByteArray &displayName = {}, Frames frames = Frames::Copied);
-    ~Take();
-    Take(const Take &) = delete;
-    Take &operator=(const Take &) = delete;
 
     /// What `start()` failed with; empty when samples come.
     [[nodiscard]] QString startError() const { return m_startError; }
@@ -46,26 +43,28 @@ public:
     using Check = std::function<bool(const VideoFrame &)>;
     /// Waits until a frame comes, or has come after the last wait, that passes the check.
     bool waitFor(const Check &check, std::chrono::milliseconds limit = std::chrono::seconds(5));
-    /// The same for the colour of one pixel.
+    bool waitForFrame();
+    /// For one that repeats the one before.
+    bool waitForRepetition();
+    /// For the colour of one pixel.
     bool waitForColour(int x, int y, std::uint32_t colour);
+    /// Whether the latest frame has that colour there.
+    [[nodiscard]] bool shows(int x, int y, std::uint32_t colour) const;
     /// What the source said of its end; waits for it.
     QString waitForEnd();
 
     [[nodiscard]] std::vector<MediaSample> samples() const;
     /// Lets go of all frames, but counts them further on.
     void forgetFrames();
-    /// Called with each frame as it comes, on the source's thread.
-    void setObserver(Check observer);
 
 private:
-    std::unique_ptr<CaptureSource> m_source;
     QString m_startError;
     mutable std::mutex m_mutex;
     std::condition_variable m_news;
     std::vector<MediaSample> m_samples;
     std::size_t m_seen = 0; ///< frames that `waitFor()` has looked at
     std::exception_ptr m_end;
-    Check m_observer;
+    std::unique_ptr<CaptureSource> m_source; ///< last: it ends before the rest goes
 };
 
 } // namespace zivra::desktop

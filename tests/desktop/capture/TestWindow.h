@@ -9,6 +9,11 @@
 
 namespace zivra::desktop {
 
+inline constexpr std::uint32_t kBlue = 0x2040c0;
+inline constexpr std::uint32_t kGreen = 0x30b050;
+inline constexpr std::uint32_t kRed = 0xc03020;
+inline constexpr std::uint32_t kBlack = 0;
+
 /// A window of one colour, which the server itself keeps painted.
 class TestWindow {
 public:
@@ -45,26 +50,16 @@ public:
         xcb_configure_window(server(), m_id, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, place.data());
         sync();
     }
-    void raise() { restack(XCB_STACK_MODE_ABOVE); }
-    void lower() { restack(XCB_STACK_MODE_BELOW); }
+    void lower()
+    {
+        constexpr std::uint32_t kBelow = XCB_STACK_MODE_BELOW;
+        xcb_configure_window(server(), m_id, XCB_CONFIG_WINDOW_STACK_MODE, &kBelow);
+        sync();
+    }
     void paint(std::uint32_t colour)
     {
         xcb_change_window_attributes(server(), m_id, XCB_CW_BACK_PIXEL, &colour);
         xcb_clear_area(server(), 0, m_id, 0, 0, 0, 0);
-        sync();
-    }
-    /// Asks the window manager to minimise it (ICCCM 4.1.4).
-    void minimise()
-    {
-        xcb_client_message_event_t message{};
-        message.response_type = XCB_CLIENT_MESSAGE;
-        message.format = 32;
-        message.window = m_id;
-        message.type = m_connection.atom("WM_CHANGE_STATE");
-        message.data.data32[0] = 3; // IconicState
-        xcb_send_event(server(), 0, m_connection.root(),
-                       XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
-                       reinterpret_cast<const char *>(&message));
         sync();
     }
     void close()
@@ -89,11 +84,6 @@ public:
 
 private:
     [[nodiscard]] xcb_connection_t *server() const { return m_connection.get(); }
-    void restack(std::uint32_t mode)
-    {
-        xcb_configure_window(server(), m_id, XCB_CONFIG_WINDOW_STACK_MODE, &mode);
-        sync();
-    }
     /// Waits until the server has done all that it was asked for.
     void sync() const
     {
