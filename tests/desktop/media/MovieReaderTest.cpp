@@ -1,14 +1,13 @@
 #include "desktop/media/FFmpegMovieServices.h"
 #include "desktop/media/MovieProbe.h"
 #include "desktop/media/TestMovie.h"
-#include "desktop/threads/ThreadSerialQueue.h"
 #include "platform/PlatformError.h"
 
 #include <QFile>
 
 #include <gtest/gtest.h>
 
-#include <semaphore>
+#include <algorithm>
 
 namespace zivra::test {
 
@@ -19,12 +18,6 @@ namespace {
 struct MovieReaderTest : testing::Test {
     const MovieFolder folder;
     FFmpegMovieServices services;
-    std::shared_ptr<SerialQueue> queue = makeQueue();
-
-    static std::shared_ptr<SerialQueue> makeQueue()
-    {
-        return desktop::ThreadSerialQueueFactory().makeSerialQueue("test.media");
-    }
 
     /// `seconds` of numbered pictures, 30 a second, and the given sounds, each in a track of its own.
     void write(const QUrl &url, MovieFileType type, double seconds,
@@ -53,21 +46,12 @@ struct MovieReaderTest : testing::Test {
 
     std::shared_ptr<const MovieAsset> open(const QUrl &url) { return services.openAsset(url).result(); }
 
-    /// Moves everything from an output to an input on the queue; the returned semaphore tells the end.
-    std::shared_ptr<std::binary_semaphore> pump(MovieReaderOutput &output, MovieWriterInput &input)
+    static void copyAll(MovieReaderOutput &output, MovieWriterInput &input)
     {
-        auto done = std::make_shared<std::binary_semaphore>(0);
-        input.requestMediaDataWhenReady(makeQueue(), [&output, &input, done] {
-            while (input.isReadyForMoreMediaData()) {
-                const auto sample = output.copyNextSample();
-                if (!sample || !input.append(*sample)) {
-                    input.markAsFinished();
-                    done->release();
-                    return;
-                }
-            }
-        });
-        return done;
+        while (const auto sample = output.copyNextSample()) {
+            EXPECT_TRUE(input.append(*sample));
+        }
+        input.markAsFinished();
     }
 };
 
@@ -75,19 +59,17 @@ struct MovieReaderTest : testing::Test {
 
 TEST_F(MovieReaderTest, MergesSoundTracksInTheirPlacesAndKeepsThePicture)
 {
-    const SoundOptions first{.toneLevel = 0.6F};
-    const SoundOptions second{.format = {44100, 1}, .toneHz = 1000, .toneLevel = 0.6F};
-    const SoundOptions click{.format = {44100, 1}, .clicks = {2.75}};
+    const SoundOptions tone{.toneLevel = 0.6F};
+    const SoundOptions click{.format = {44100, 1}, .clicks = {1.5, 2.75}};
     write(folder.url("two.mp4"), MovieFileType::Mpeg4, 3,
-          {{soundBlock(0, 2.4, first)}, {soundBlock(1.0, 1.0, second), soundBlock(2.5, 0.4, click)}});
+          {{soundBlock(0, 1, tone), soundBlock(1.4, 0.4, click)},
+           {soundBlock(0.3, 0.7, tone), soundBlock(2.5, 0.4, click)}});
 
     const auto asset = open(folder.url("two.mp4"));
     const auto video = asset->tracks(MediaType::Video);
     const auto audio = asset->tracks(MediaType::Audio);
     ASSERT_EQ(video.size(), 1U);
     ASSERT_EQ(audio.size(), 2U);
-    EXPECT_FALSE(video[0].preferredTransform);
-    EXPECT_NEAR(asset->duration().seconds(), 3, 0.01);
 
     constexpr TrackTransform kUpsideDown{-65536, 0, 0, 0, -65536, 0, 0, 0, 1 << 30};
     const auto reader = services.makeReader(asset);
@@ -99,10 +81,8 @@ TEST_F(MovieReaderTest, MergesSoundTracksInTheirPlacesAndKeepsThePicture)
     ASSERT_TRUE(reader->startReading());
     ASSERT_TRUE(writer->startWriting());
     writer->startSession(MediaTime::zero());
-    const auto videoDone = pump(packets, videoInput);
-    const auto audioDone = pump(mix, audioInput);
-    videoDone->acquire();
-    audioDone->acquire();
+    copyAll(packets, videoInput);
+    copyAll(mix, audioInput);
     writer->finishWriting().waitForFinished();
     EXPECT_EQ(reader->status(), MovieReader::Status::Completed) << errorText(reader->error()).toStdString();
     ASSERT_EQ(writer->status(), MovieWriter::Status::Completed) << errorText(writer->error()).toStdString();
@@ -115,24 +95,21 @@ TEST_F(MovieReaderTest, MergesSoundTracksInTheirPlacesAndKeepsThePicture)
         EXPECT_DOUBLE_EQ(probe.pictures[i].time, source.pictures[i].time);
     }
     ASSERT_EQ(probe.sounds.size(), 1U);
-    const auto &sound = probe.sounds[0];
-    EXPECT_NEAR(sound.tone(440, 0.1, 0.9), 0.6, 0.06);
-    EXPECT_NEAR(sound.tone(1000, 0.1, 0.98), 0, 0.01) << "the second starts late";
-    EXPECT_GT(sound.tone(440, 1.1, 1.9), 0.5);
-    EXPECT_GT(sound.tone(1000, 1.1, 1.9), 0.5);
-    EXPECT_LT(sound.peak, 1.05) << "both together are too loud for full scale";
-    ASSERT_EQ(sound.clicks(0.3F, 2.45).size(), 1U);
-    EXPECT_NEAR(sound.clicks(0.3F, 2.45)[0], 2.75, 0.001);
+    const auto start = probe.sounds[0].samples.begin();
+    const auto loudest = *std::max_element(start, start + 40000);
+    EXPECT_GT(loudest, 0.9) << "both together";
+    EXPECT_LT(loudest, 1.05) << "too loud for full scale";
+    probe.sounds[0].expectClicks({1.5, 2.75}, 1.2);
 }
 
 TEST_F(MovieReaderTest, TrimsToTheVeryPictureInSync)
 {
     for (const auto type : {MovieFileType::Mpeg4, MovieFileType::QuickTime}) {
-        const bool mp4 = type == MovieFileType::Mpeg4;
-        const auto url = folder.url(mp4 ? "long.mp4" : "long.mov");
+        const MovieFolder folder;
+        const auto url = folder.url("long");
         write(url, type, 6, {{soundBlock(0, 6, {.clicks = {2.5, 4.0}})}});
         const auto asset = open(url);
-        const auto target = folder.url(mp4 ? "trim.mp4" : "trim.mov");
+        const auto target = folder.url("trim");
         // In the middle of a group of pictures, from the 71st picture up to but not including the 131st.
         const MediaTimeRange range{MediaTime::fromFraction(71, 30), MediaTime::fromSeconds(2)};
         services.exportPassthrough(asset, range, target, type).waitForFinished();
@@ -144,10 +121,7 @@ TEST_F(MovieReaderTest, TrimsToTheVeryPictureInSync)
             EXPECT_EQ(probe.pictures[i].number, int(i) + 71);
             EXPECT_NEAR(probe.pictures[i].time, double(i) / 30, 0.0001);
         }
-        const auto clicks = probe.sounds.at(0).clicks();
-        ASSERT_EQ(clicks.size(), 2U);
-        EXPECT_NEAR(clicks[0], 2.5 - 71 / 30.0, 0.001);
-        EXPECT_NEAR(clicks[1], 4.0 - 71 / 30.0, 0.001);
+        probe.sounds.at(0).expectClicks({2.5 - 71 / 30.0, 4.0 - 71 / 30.0});
         EXPECT_NEAR(probe.sounds[0].end(), 2, 0.03);
 
         EXPECT_THROW(services.exportPassthrough(asset, range, target, type).waitForFinished(), PlatformError)
@@ -177,7 +151,6 @@ TEST_F(MovieReaderTest, TellsTruncatedAndForeignFiles)
         auto &output = type == MediaType::Video ? reader->addTrackOutput(asset->tracks(type).at(0))
                                                 : reader->addAudioMixOutput(asset->tracks(type), {});
         ASSERT_TRUE(reader->startReading());
-        EXPECT_EQ(reader->status(), MovieReader::Status::Reading);
         while (output.copyNextSample()) {
         }
         EXPECT_EQ(reader->status(), MovieReader::Status::Failed);

@@ -37,7 +37,7 @@ MediaSample soundBlock(double seconds, double duration, const SoundOptions &opti
     AudioBlock block{options.format, std::vector<float>(frames * channels)};
     for (std::size_t i = 0; i < block.samples.size(); ++i) {
         const double time = seconds + static_cast<double>(i / channels) / rate;
-        block.samples[i] = options.toneLevel * float(std::sin(2 * std::numbers::pi * options.toneHz * time));
+        block.samples[i] = options.toneLevel * float(std::sin(2 * std::numbers::pi * 440 * time));
         for (const double click : options.clicks) {
             if (std::lround((time - click) * rate) == 0) {
                 block.samples[i] = 0.9F;

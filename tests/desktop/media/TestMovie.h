@@ -6,9 +6,6 @@
 #include <QTemporaryDir>
 #include <QUrl>
 
-#include <chrono>
-#include <thread>
-
 namespace zivra::test {
 
 constexpr int kWidth = 320;
@@ -33,22 +30,12 @@ VideoSettings videoSettings(VideoCodec codec = VideoCodec::H264);
 /// A picture that carries `number` in 12 stripes, at `seconds` of the session.
 MediaSample numberedFrame(int number, double seconds, int width = kWidth);
 
-/// Sound with a click of one frame at each of the given places, on a tone of `toneLevel` at `toneHz`.
+/// Sound with a click of one frame at each of the given places, on a tone of `toneLevel`.
 struct SoundOptions {
     AudioFormat format{};
-    double toneHz = 440;
     float toneLevel = 0;
     std::vector<double> clicks{}; ///< seconds of the session
 };
 MediaSample soundBlock(double seconds, double duration, const SoundOptions &options = {});
-
-/// Appends in the way of a caller that waits for nobody, as soon as the input is ready.
-inline void appendWhenReady(MovieWriterInput &input, const MediaSample &sample)
-{
-    while (!input.isReadyForMoreMediaData()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    input.append(sample);
-}
 
 } // namespace zivra::test
