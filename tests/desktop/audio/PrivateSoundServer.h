@@ -1,14 +1,13 @@
 #pragma once
 
 #include "support/Eventually.h"
+#include "support/Shell.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <memory>
 #include <utility>
 
 namespace zivra::desktop::test {
@@ -47,7 +46,7 @@ public:
         const auto start = QStringLiteral("env -u PULSE_SERVER XDG_RUNTIME_DIR=%1 HOME=%1 pulseaudio -n "
                                           "-F %1/script --exit-idle-time=20 --disable-shm --use-pid-file=no "
                                           "--daemonize=no >%1/log 2>&1 & echo $!");
-        m_process = shell(start.arg(m_directory.path()));
+        m_process = shell(start.arg(m_directory.path())).trimmed();
         ASSERT_TRUE(eventually([this] { return control("info").contains("Default Source: mic"); }));
     }
     void kill()
@@ -60,17 +59,8 @@ public:
     QString control(const QString &arguments) const { return shell("pactl " + arguments + " 2>&1"); }
 
 private:
-    /// Not by way of `QProcess`: after it the thread sanitizer overlooks the locks of the calling thread.
-    static QString shell(const QString &command)
-    {
-        const std::unique_ptr<FILE, int (*)(FILE *)> output(popen(qPrintable(command), "r"), pclose);
-        QFile text;
-        EXPECT_TRUE(output && text.open(output.get(), QIODevice::ReadOnly));
-        return QString::fromUtf8(text.readAll()).trimmed();
-    }
-
     QTemporaryDir m_directory;
-    QString m_process; ///< its identifier; empty when it does not run
+    QByteArray m_process; ///< its identifier; empty when it does not run
 };
 
 } // namespace zivra::desktop::test

@@ -120,7 +120,6 @@ TEST(PulseSound, ListsTheMicrophonesAsTheyChange)
     int changes = 0;
     sounds.catalog.setChangeHandler([&] { ++changes; });
     const auto changed = [&] { return std::exchange(changes, 0) > 0; };
-    EXPECT_TRUE(eventually(changed)) << "the first answer is a change";
     EXPECT_EQ(sounds.microphone().format(), (AudioFormat{.sampleRate = 32000, .channels = 1}));
 
     server.control("set-default-source out.monitor");

@@ -1,8 +1,10 @@
 #include "desktop/capture/Take.h"
 #include "desktop/capture/TestWindow.h"
+#include "support/Eventually.h"
+#include "support/Shell.h"
 
-#include <QProcess>
 #include <QRegion>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -119,16 +121,18 @@ TEST(DisplayCapture, FillsWithBlackWhatTheScreenDoesNotHave)
 
 TEST(DisplayCapture, EndsInWordsWhenTheServerGoes)
 {
-    QProcess server;
-    server.start("Xvfb", {"-displayfd", "1", "-screen", "0", "640x480x24", "-nolisten", "tcp", "-noreset"});
-    server.waitForReadyRead();
-    const QByteArray name = ":" + server.readLine().trimmed();
+    const QTemporaryDir folder;
+    QFile number(folder.filePath("display"));
+    const QByteArray server =
+        shell("Xvfb -displayfd 3 -screen 0 640x480x24 -nolisten tcp -noreset >/dev/null 2>&1 3>" +
+              number.fileName() + " & echo $!");
+    ASSERT_TRUE(eventually([&] { return number.size() > 1; }) && number.open(QIODevice::ReadOnly));
+    const QByteArray name = ":" + number.readLine().trimmed();
     ContentFilter filter;
     filter.displayID = firstDisplay(name);
     Take take(filter, configuration({0, 0, 640, 480}), name);
     ASSERT_TRUE(take.waitForFrame());
-    server.kill();
-    server.waitForFinished();
+    shell("kill -9 " + server);
     EXPECT_EQ(take.waitForEnd(), "The connection to the X server was lost.");
     EXPECT_TRUE(take.stop());
 

@@ -1,18 +1,12 @@
 #include "desktop/capture/Take.h"
 #include "desktop/capture/TestWindow.h"
-
-#include <QProcess>
+#include "support/Shell.h"
 
 #include <gtest/gtest.h>
 
 namespace zivra::desktop {
 
 namespace {
-
-void pointer(const QStringList &command)
-{
-    ASSERT_EQ(QProcess::execute("xdotool", command), 0);
-}
 
 /// Pixels within a distance of a place that differ from the backdrop.
 int marks(const VideoFrame &frame, int x, int y, int from, int to)
@@ -34,7 +28,7 @@ int marks(const VideoFrame &frame, int x, int y, int from, int to)
 TEST(Overlays, ShowTheCursorOnlyWhenAskedAndWhereItIs)
 {
     const TestWindow backdrop({0, 0, 800, 600}, kBlue);
-    pointer({"mousemove", "200", "150"});
+    shell("xdotool mousemove 200 150");
     CaptureConfiguration with = configuration({100, 100, 400, 300});
     CaptureConfiguration without = with;
     with.showsCursor = true;
@@ -44,7 +38,7 @@ TEST(Overlays, ShowTheCursorOnlyWhenAskedAndWhereItIs)
         return [=](const VideoFrame &frame) { return marks(frame, x, y, 0, 20) > 10; };
     };
     ASSERT_TRUE(shown.waitFor(isAt(100, 50)));
-    pointer({"mousemove_relative", "150", "100"}); // as a mouse does, unlike a jump
+    shell("xdotool mousemove_relative 150 100"); // as a mouse does, unlike a jump
     ASSERT_TRUE(shown.waitFor(isAt(250, 150), std::chrono::milliseconds(900))) << "not before the repetition";
     EXPECT_FALSE(isAt(100, 50)(*shown.samples().back().videoFrame())) << "left a trace";
     ASSERT_TRUE(hidden.waitFor([](const VideoFrame &frame) { return frame.changed.has_value(); }));
@@ -54,12 +48,12 @@ TEST(Overlays, ShowTheCursorOnlyWhenAskedAndWhereItIs)
 TEST(Overlays, ShowARingAroundAPressThatVanishes)
 {
     const TestWindow backdrop({0, 0, 800, 600}, kBlue);
-    pointer({"mousemove", "300", "250"});
+    shell("xdotool mousemove 300 250");
     CaptureConfiguration clicks = configuration({100, 100, 400, 300});
     clicks.showsMouseClicks = true;
     Take take(wholeDisplay(), clicks);
     ASSERT_TRUE(take.waitForFrame());
-    pointer({"click", "1"});
+    shell("xdotool click 1");
     ASSERT_TRUE(take.waitFor([](const VideoFrame &frame) { return marks(frame, 200, 150, 19, 21) > 60; }));
     const auto ring = take.samples().back().videoFrame();
     EXPECT_EQ(marks(*ring, 200, 150, 0, 14), 0);
@@ -67,7 +61,7 @@ TEST(Overlays, ShowARingAroundAPressThatVanishes)
     EXPECT_TRUE(take.waitFor([](const VideoFrame &frame) { return marks(frame, 200, 150, 0, 40) == 0; }));
     const auto count = take.samples().size();
     EXPECT_GE(count, 5U) << "the ring fades";
-    pointer({"click", "4"});
+    shell("xdotool click 4");
     EXPECT_FALSE(take.waitFor([](const VideoFrame &frame) { return marks(frame, 200, 150, 0, 40) > 0; },
                               std::chrono::milliseconds(300)))
         << "the wheel is no press";

@@ -1,7 +1,6 @@
 #include "desktop/capture/Take.h"
 #include "desktop/capture/TestWindow.h"
-
-#include <QProcess>
+#include "support/Shell.h"
 
 #include <gtest/gtest.h>
 
@@ -54,7 +53,7 @@ TEST(WindowCapture, ShowsItsWindowsWholeAndFollowsTheMainOne)
     EXPECT_TRUE(take.shows(4, 4, kBlack));
 
     // Minimised it holds its picture.
-    ASSERT_EQ(QProcess::execute("xdotool", {"windowminimize", QString::number(recorded.id())}), 0);
+    shell(QString("xdotool windowminimize %1").arg(recorded.id()));
     settle();
     ASSERT_TRUE(take.waitForRepetition());
     EXPECT_TRUE(take.shows(inside.x(), inside.y(), kGreen));

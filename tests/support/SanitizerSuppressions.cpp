@@ -7,10 +7,11 @@ extern "C" const char *__lsan_default_suppressions()
     return "leak:libx265";
 }
 
-/// Qt is built without the thread sanitizer, which so does not see what orders the accesses inside of it.
+/// Qt and the encoders are built without the thread sanitizer, which so does not see what orders the accesses
+/// inside of them, nor that of an error that a future hands to another thread.
 extern "C" const char *__tsan_default_suppressions()
 {
-    return "race:libQt6Core";
+    return "race:libQt6Core\nrace:libx264\nrace:libx265\nrace:zivra::PlatformError";
 }
 
 // NOLINTEND(bugprone-reserved-identifier)
