@@ -9,15 +9,13 @@
 #include <QTemporaryDir>
 
 #include <map>
-#include <vector>
 
 namespace zivra::test {
 
 /// Real files in a folder of its own, with dates and failures as the test says.
 class FakeFileSystem final : public FileSystem {
 public:
-    std::map<QString, FileDates> datesByName; ///< other files have the dates on the disk
-    std::vector<QUrl> trashed;
+    std::map<QString, FileDates> datesByName; ///< other files have none
     bool moveFails = false;
     bool trashFails = false;
     bool replaceFails = false;
@@ -26,21 +24,13 @@ public:
     [[nodiscard]] FileDates dates(const QUrl &file) const override
     {
         const auto scripted = datesByName.find(file.fileName());
-        if (scripted != datesByName.end()) {
-            return scripted->second;
-        }
-        const QFileInfo info(file.toLocalFile());
-        return {info.birthTime(), info.lastModified()};
+        return scripted != datesByName.end() ? scripted->second : FileDates{};
     }
     void moveItem(const QUrl &from, const QUrl &to) override
     {
         require(!moveFails && QFile::rename(from.toLocalFile(), to.toLocalFile()));
     }
-    void trashItem(const QUrl &file) override
-    {
-        require(!trashFails && QFile::remove(file.toLocalFile()));
-        trashed.push_back(file);
-    }
+    void trashItem(const QUrl &file) override { require(!trashFails && QFile::remove(file.toLocalFile())); }
     void replaceItem(const QUrl &item, const QUrl &newItem) override
     {
         require(!replaceFails && QFile::remove(item.toLocalFile()) &&
@@ -55,6 +45,11 @@ public:
         QFile file(info.filePath());
         require(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
         return QUrl::fromLocalFile(info.filePath());
+    }
+    [[nodiscard]] static QByteArray read(const QUrl &url)
+    {
+        QFile file(url.toLocalFile());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : "unreadable";
     }
     /// All names there, hidden ones too.
     [[nodiscard]] QStringList names(const QString &relativeFolder) const
