@@ -9,7 +9,9 @@
 
 namespace zivra::test {
 
-/// A recorder among fakes. All times are in milliseconds.
+using Times = std::vector<std::int64_t>;
+
+/// A recorder among fakes. All times are in milliseconds; what is delivered waits on the queue.
 struct RecorderTest : testing::Test {
     RecorderTest()
     {
@@ -19,37 +21,26 @@ struct RecorderTest : testing::Test {
         options.outputURL = QUrl::fromLocalFile("/nowhere/take.mp4");
     }
 
-    void make()
+    QCoro::Task<> starting()
     {
         recorder = std::make_unique<ScreenRecorder>(options, streams, movies, queues);
         recorder->setErrorHandler([this](const std::exception_ptr &error) { errors << errorText(error); });
+        return recorder->start();
     }
-    void start()
+    void start() { await(starting(), &queues); }
+    void frame(std::int64_t time, std::optional<FrameStatus> status = FrameStatus::Complete)
     {
-        make();
-        await(recorder->start(), &queues);
-    }
-    void deliver(CaptureOutput output, const MediaSample &sample)
-    {
-        streams.deliver(output, sample);
-        queues.run();
-    }
-    void frame(std::int64_t time, FrameStatus status = FrameStatus::Complete)
-    {
-        deliver(CaptureOutput::Screen, {std::make_shared<const VideoFrame>(), at(time), status});
+        streams.deliver(CaptureOutput::Screen, {std::make_shared<const VideoFrame>(), at(time), status});
     }
     void sound(std::int64_t time, CaptureOutput output = CaptureOutput::Audio, AudioFormat format = {})
     {
-        deliver(output, {std::make_shared<const AudioBlock>(AudioBlock{format, {0, 0}}), at(time)});
+        streams.deliver(output, {std::make_shared<const AudioBlock>(AudioBlock{format, {0, 0}}), at(time)});
     }
-    void pause()
+    /// A take that has begun its file at that time.
+    void startWithFrame(std::int64_t time = 1)
     {
-        recorder->pause();
-        queues.run();
-    }
-    void resume()
-    {
-        recorder->resume();
+        start();
+        frame(time);
         queues.run();
     }
     std::optional<QUrl> stop() { return await(recorder->stop(), &queues); }
@@ -59,15 +50,14 @@ struct RecorderTest : testing::Test {
     FakeInput &systemSound() { return *writer().inputs.at(1); }
     FakeInput &microphone() { return *writer().inputs.at(2); }
     /// Where its samples lie in the file.
-    static std::vector<std::int64_t> times(const FakeInput &input)
+    static Times times(const FakeInput &input)
     {
-        std::vector<std::int64_t> all;
+        Times all;
         for (const MediaSample &sample : input.appended) {
             all.push_back(sample.presentationTime().nanoseconds() / 1'000'000);
         }
         return all;
     }
-
     static SampleTiming at(std::int64_t time)
     {
         return {MediaTime::fromMilliseconds(time), MediaTime::invalid(), MediaTime::fromMilliseconds(10)};
@@ -79,8 +69,7 @@ struct RecorderTest : testing::Test {
     ManualQueueFactory queues;
     std::unique_ptr<ScreenRecorder> recorder;
     QStringList errors;
+    const std::exception_ptr trouble = std::make_exception_ptr(PlatformError("trouble"));
 };
-
-using Times = std::vector<std::int64_t>;
 
 } // namespace zivra::test

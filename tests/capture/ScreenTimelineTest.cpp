@@ -1,125 +1,84 @@
 #include "capture/RecorderFixture.h"
 
+#include <map>
+
 namespace zivra::test {
 
 namespace {
 
-struct ScreenTimelineTest : RecorderTest {
-    ScreenTimelineTest() { start(); }
+struct TimelineCase {
+    const char *what;
+    /// Steps with their times: (f)rame, (i)dle frame, frame without a status (n), (s)ound, (d)ropped sound,
+    /// (m)icrophone, (p)ause, (r)esumption.
+    const char *script;
+    Times video;
+    Times systemSound;
+    Times microphone;
 };
+
+struct ScreenTimelineTest : RecorderTest, testing::WithParamInterface<TimelineCase> {
+    void play(const QString &script)
+    {
+        const std::map<QChar, std::function<void(std::int64_t)>> steps{
+            {'f', [this](auto time) { frame(time); }},
+            {'i', [this](auto time) { frame(time, FrameStatus::Idle); }},
+            {'n', [this](auto time) { frame(time, std::nullopt); }},
+            {'s', [this](auto time) { sound(time); }},
+            {'m', [this](auto time) { sound(time, CaptureOutput::Microphone); }},
+            {'d', [this](auto time) { drop(time); }},
+            {'p', [this](auto) { recorder->pause(); }},
+            {'r', [this](auto) { recorder->resume(); }}};
+        for (const QString &step : script.split(' ')) {
+            steps.at(step.front())(step.mid(1).toLongLong());
+        }
+        queues.run();
+    }
+    void drop(std::int64_t time)
+    {
+        queues.run();
+        systemSound().readyFor = 0;
+        sound(time);
+        queues.run();
+        systemSound().readyFor = 100;
+    }
+};
+
+const std::vector<TimelineCase> kCases{
+    {"begins with the first complete frame", "s90 i95 n96 f100 s99 m101 i110 f133", {100, 133}, {99}, {101}},
+    {"leaves no gap for a pause",
+     "f100000 s104480 p s104500 f106000 s109000 r s109020 f109030",
+     {100'000, 104'490},
+     {104'480, 104'480},
+     {}},
+    {"adds up two pauses; the frame at 2050 comes to lie above the last one",
+     "f0 s40 p r s1040 s1050 p f1500 r r f2050 f2083 s2090",
+     {0, 50, 83},
+     {40, 40, 50, 90},
+     {}},
+    {"drops the frame that would repeat a time", "f100 p r f300 f333", {100, 133}, {}, {}},
+    {"goes by the highest time, not by the late sound at 120, and holds only frames to their order",
+     "f100 s150 s120 p r s145 f160 f155",
+     {100, 165},
+     {150, 120, 150},
+     {}},
+    {"counts the time of a dropped sound", "f100 d200 p r s500", {100}, {200}, {}},
+    {"keeps a pause before the first sample as a gap; the file opens all the same",
+     "p f100 r f400",
+     {400},
+     {},
+     {}}};
 
 } // namespace
 
-TEST_F(ScreenTimelineTest, BeginsWithTheFirstCompleteFrame)
+TEST_P(ScreenTimelineTest, PlacesSamplesInTheFile)
 {
-    sound(90);
-    frame(95, FrameStatus::Idle);
-    deliver(CaptureOutput::Screen, {std::make_shared<const VideoFrame>(), at(96)});
-    EXPECT_TRUE(movies.writers.empty());
-    frame(100);
-    sound(99);
-    sound(101, CaptureOutput::Microphone);
-    frame(110, FrameStatus::Idle);
-    deliver(CaptureOutput::Screen, {});
-    frame(133);
-    EXPECT_EQ(writer().sessionStart, MediaTime::fromMilliseconds(100));
-    EXPECT_EQ(times(video()), Times({100, 133}));
-    EXPECT_EQ(times(systemSound()), Times({99}));
-    EXPECT_EQ(times(microphone()), Times({101}));
+    start();
+    play(GetParam().script);
+    EXPECT_EQ(times(video()), GetParam().video) << GetParam().what;
+    EXPECT_EQ(times(systemSound()), GetParam().systemSound) << GetParam().what;
+    EXPECT_EQ(times(microphone()), GetParam().microphone) << GetParam().what;
 }
 
-TEST_F(ScreenTimelineTest, LeavesNoGapForAPause)
-{
-    frame(100'000);
-    sound(104'480);
-    pause();
-    sound(104'500);
-    frame(106'000);
-    sound(109'000);
-    resume();
-    sound(109'020);
-    frame(109'030);
-    EXPECT_EQ(times(systemSound()), Times({104'480, 104'480}));
-    EXPECT_EQ(times(video()), Times({100'000, 104'490}));
-    EXPECT_EQ(video().appended.back().timing().duration, MediaTime::fromMilliseconds(10));
-    EXPECT_FALSE(video().appended.back().timing().decode.isValid());
-}
-
-TEST_F(ScreenTimelineTest, AddsUpPauses)
-{
-    frame(0);
-    sound(40);
-    pause();
-    resume();
-    sound(1040); // nothing came in between: the gap is closed once
-    sound(1050);
-    pause();
-    frame(1500);
-    resume();
-    resume();
-    frame(2050); // lies at 50 now, above the last frame
-    frame(2083);
-    sound(2090);
-    EXPECT_EQ(times(systemSound()), Times({40, 40, 50, 90}));
-    EXPECT_EQ(times(video()), Times({0, 50, 83}));
-}
-
-TEST_F(ScreenTimelineTest, DropsTheFrameThatWouldRepeatATime)
-{
-    frame(100);
-    pause();
-    resume();
-    frame(300);
-    frame(333);
-    EXPECT_EQ(times(video()), Times({100, 133}));
-}
-
-TEST_F(ScreenTimelineTest, TakesLateAndReorderedSamplesByTheHighestTime)
-{
-    frame(100);
-    sound(150);
-    sound(120); // late: does not lower the highest time
-    pause();
-    resume();
-    sound(145); // below the highest time: the offset shrinks below zero
-    frame(160);
-    frame(155); // out of order: only pictures are held to their order
-    EXPECT_EQ(times(systemSound()), Times({150, 120, 150}));
-    EXPECT_EQ(times(video()), Times({100, 165}));
-}
-
-TEST_F(ScreenTimelineTest, CountsTheTimeOfADroppedSample)
-{
-    frame(100);
-    systemSound().readyFor = 0;
-    sound(200);
-    pause();
-    resume();
-    systemSound().readyFor = 1;
-    sound(500);
-    EXPECT_EQ(times(systemSound()), Times({200}));
-}
-
-TEST_F(ScreenTimelineTest, KeepsAPauseBeforeTheFirstSampleAsAGap)
-{
-    pause();
-    frame(100); // opens the file all the same
-    EXPECT_EQ(writer().sessionStart, MediaTime::fromMilliseconds(100));
-    resume();
-    frame(400);
-    EXPECT_EQ(times(video()), Times({400}));
-}
-
-TEST_F(ScreenTimelineTest, PausesInOrderWithTheSamplesAroundIt)
-{
-    frame(0);
-    streams.deliver(CaptureOutput::Audio, {std::make_shared<const AudioBlock>(), at(10)});
-    recorder->pause();
-    streams.deliver(CaptureOutput::Audio, {std::make_shared<const AudioBlock>(), at(20)});
-    recorder->resume();
-    streams.deliver(CaptureOutput::Audio, {std::make_shared<const AudioBlock>(), at(30)});
-    queues.run();
-    EXPECT_EQ(times(systemSound()), Times({10, 10}));
-}
+INSTANTIATE_TEST_SUITE_P(Cases, ScreenTimelineTest, testing::ValuesIn(kCases));
 
 } // namespace zivra::test
