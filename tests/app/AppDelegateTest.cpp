@@ -1,50 +1,36 @@
 #include "app/AppDelegate.h"
 
 #include "app/FakeSurfaces.h"
-#include "support/fakes/FakeCaptureStream.h"
 #include "support/fakes/FakeHotKeyService.h"
-#include "support/fakes/ManualQueue.h"
 
-#include <QCoreApplication>
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
-
-#include <algorithm>
 
 namespace zivra::test {
 
 namespace {
 
 struct FakeStatusItem final : StatusItem {
-    void setGlyph(StatusGlyph value) override { glyph = value; }
-    void setToolTip(const QString &value) override { toolTip = value; }
+    void setGlyph(StatusGlyph) override {}
+    void setToolTip(const QString &) override {}
     void setClickHandler(std::function<void()> handler) override { click = std::move(handler); }
-    void setMenuProvider(std::function<std::vector<MenuItem>()> provider) override
-    {
-        menu = std::move(provider);
-    }
+    void setMenuProvider(std::function<std::vector<MenuItem>()> provider) override { menu = provider; }
     std::optional<QRectF> frame() const override { return QRectF(5, 0, 20, 20); }
 
-    StatusGlyph glyph = StatusGlyph::Idle;
-    QString toolTip;
     std::function<void()> click;
     std::function<std::vector<MenuItem>()> menu;
 };
 
-struct FakePasteboard final : Pasteboard {
-    void setString(const QString &text) override { content = "text " + text; }
-    void setFile(const QUrl &fileURL) override { content = "file " + fileURL.fileName(); }
-    QString content = "untouched";
+struct FakePasteboard final : Pasteboard, Logging {
+    using Logging::Logging;
+    void setString(const QString &text) override { log << "copy " + text; }
+    void setFile(const QUrl &fileURL) override { log << "copy file " + fileURL.fileName(); }
 };
 
 struct FakePanel final : RecorderPanelController {
     explicit FakePanel(MediaClock &mediaClock) : clock(mediaClock) {}
-    void show(const std::optional<QRectF> &frame) override
-    {
-        below = frame;
-        visible = true;
-    }
+    void show(const std::optional<QRectF> &frame) override { visible = frame == QRectF(5, 0, 20, 20); }
     void hide() override
     {
         visible = false;
@@ -53,13 +39,12 @@ struct FakePanel final : RecorderPanelController {
     bool isVisible() const override { return visible; }
     MediaTime hiddenAt() const override { return hidden; }
     MediaClock &clock;
-    std::optional<QRectF> below;
     bool visible = false;
     MediaTime hidden;
 };
 
-struct FakeWindows final : LibraryWindowController, SettingsWindowController {
-    explicit FakeWindows(Log &entries) : log(entries) {}
+struct FakeWindows final : LibraryWindowController, SettingsWindowController, Logging {
+    using Logging::Logging;
     void show(const std::optional<QUrl> &focus) override
     {
         log << "library" + (focus ? " " + focus->fileName() : QString());
@@ -68,11 +53,10 @@ struct FakeWindows final : LibraryWindowController, SettingsWindowController {
     {
         log << "settings" + (pane ? QString(" %1").arg(static_cast<int>(*pane)) : QString());
     }
-    Log &log;
 };
 
-struct FakeCloud final : CloudAccount, CloudUploader {
-    explicit FakeCloud(Log &entries) : log(entries) {}
+struct FakeCloud final : CloudAccount, CloudUploader, Logging {
+    using Logging::Logging;
     bool hasToken() const override { return token; }
     bool autoUpload() const override { return automatic; }
     void connect() override { log << "connect"; }
@@ -86,7 +70,6 @@ struct FakeCloud final : CloudAccount, CloudUploader {
         log << "upload " + file.fileName();
         onLink = std::move(callback);
     }
-    Log &log;
     bool token = false;
     bool automatic = true;
     std::function<void(const QString &)> onLink;
@@ -112,20 +95,26 @@ struct AppDelegateTest : testing::Test, FakeWorld {
     void launch()
     {
         delegate = std::make_unique<AppDelegate>(
-            platform, resident,
-            RecordingSurfaces{camera, bubble, drawing, controlBar, countdown, areaSelector},
+            platform, resident, surfaces,
             ApplicationParts{&panel, &windows, &windows, &cloud, &cloud, nullptr, nullptr});
         delegate->applicationDidFinishLaunching();
+        taken();
     }
-    void finishMovie(const QString &name) { delegate->coordinator().onFinished(QUrl::fromLocalFile(name)); }
+    /// What comes of it.
+    Log open(const QList<QUrl> &urls)
+    {
+        delegate->open(urls);
+        return taken();
+    }
+    Log finishMovie(const QString &name)
+    {
+        delegate->coordinator().onFinished(QUrl::fromLocalFile("/v/" + name));
+        return taken();
+    }
 
-    FakeCaptureStreams streams;
-    ManualQueueFactory queues;
     FakeHotKeyService hotKeys;
     FakeStatusItem statusItem;
-    FakePasteboard pasteboard;
-    Platform platform{defaults, clock,  screens, content, screenAccess, authorization, catalog,
-                      streams,  movies, queues,  files,   alerts,       workspace};
+    FakePasteboard pasteboard{log};
     ResidentPlatform resident{hotKeys, statusItem, pasteboard};
     FakePanel panel{clock};
     FakeWindows windows{log};
@@ -139,17 +128,12 @@ TEST_F(AppDelegateTest, TheStatusItemShowsThePanelAndTheMenu)
 {
     defaults.setValue("showPanelOnLaunch", true);
     launch();
-    EXPECT_EQ(panel.below, QRectF(5, 0, 20, 20));
-    EXPECT_EQ(statusItem.toolTip, "Zivra");
-    statusItem.click();
-    EXPECT_FALSE(panel.visible);
-    clock.advance(200);
-    statusItem.click();
-    EXPECT_FALSE(panel.visible) << "the click that hid it";
-    clock.advance(200);
-    statusItem.click();
     EXPECT_TRUE(panel.visible);
-
+    for (const bool shown : {false, false, true}) {
+        statusItem.click();
+        EXPECT_EQ(panel.visible, shown) << "the click that hid it does not show it";
+        clock.advance(200);
+    }
     panel.hide();
     QStringList titles;
     for (const MenuItem &item : statusItem.menu()) {
@@ -170,53 +154,38 @@ TEST_F(AppDelegateTest, HotKeysFollowTheSettings)
     hotKeys.press(37, 2560);
     settle();
     EXPECT_EQ(alerts.shown.size(), 1U) << "the take was tried: there is no display in the content";
-
     delegate->settings().setShortcut(std::nullopt, ShortcutAction::Cancel);
     EXPECT_EQ(hotKeys.active.size(), 4U) << "not before the settings are quiet";
     settleUntil([this] { return hotKeys.active.size() == 3; });
-    EXPECT_EQ(hotKeys.active.size(), 3U);
 }
 
 TEST_F(AppDelegateTest, RoutesItsURLsAndDropsTheRest)
 {
     launch();
-    taken();
-    delegate->open({QUrl("zivra://settings/shortcuts"), QUrl("zivra://settings/"),
-                    QUrl("zivra://settings/nowhere"), QUrl("zivra://connect"), QUrl("https://record"),
-                    QUrl("zivra:record"), QUrl("zivra://other")});
-    EXPECT_EQ(taken(), Log({"settings 3", "settings", "settings", "settings 4", "connect"}));
+    EXPECT_EQ(
+        open({QUrl("zivra://settings/shortcuts"), QUrl("zivra://settings/"), QUrl("zivra://settings/nowhere"),
+              QUrl("zivra://connect"), QUrl("https://record"), QUrl("zivra:record"), QUrl("zivra://other")}),
+        Log({"settings 3", "settings", "settings", "settings 4", "connect"}));
     EXPECT_FALSE(panel.visible);
     cloud.token = true;
-    delegate->open({QUrl("zivra://connect")});
-    EXPECT_EQ(taken(), Log({"settings 4"}));
-    delegate->open({QUrl("zivra://auth?token=t&state=s")});
-    EXPECT_EQ(taken(), Log({"callback token=t&state=s"}));
+    EXPECT_EQ(open({QUrl("zivra://connect")}), Log({"settings 4"}));
+    EXPECT_EQ(open({QUrl("zivra://auth?token=t&state=s")}), Log({"callback token=t&state=s"}));
     EXPECT_TRUE(panel.visible);
     panel.hide();
-    delegate->open({QUrl("zivra://record")});
+    open({QUrl("zivra://record")});
     EXPECT_TRUE(panel.visible);
-    delegate->reopen();
-    EXPECT_EQ(taken(), Log({"library"}));
 }
 
 TEST_F(AppDelegateTest, HandsAMovieOverAsFileOrLink)
 {
     launch();
-    taken();
-    finishMovie("/v/one.mp4");
-    EXPECT_EQ(pasteboard.content, "file one.mp4");
-    EXPECT_EQ(taken(), Log({"library one.mp4"}));
-
+    EXPECT_EQ(finishMovie("1.mp4"), Log({"copy file 1.mp4", "library 1.mp4"}));
     cloud.token = true;
-    finishMovie("/v/two.mp4");
-    EXPECT_EQ(pasteboard.content, "file one.mp4") << "left alone until the link is there";
-    EXPECT_EQ(taken(), Log({"upload two.mp4", "library two.mp4"}));
+    EXPECT_EQ(finishMovie("2.mp4"), Log({"upload 2.mp4", "library 2.mp4"})) << "copied when there is a link";
     cloud.onLink("https://example.org/v/2");
-    EXPECT_EQ(pasteboard.content, "text https://example.org/v/2");
-
+    EXPECT_EQ(taken(), Log({"copy https://example.org/v/2"}));
     cloud.automatic = false;
-    finishMovie("/v/three.mp4");
-    EXPECT_EQ(pasteboard.content, "file three.mp4");
+    EXPECT_EQ(finishMovie("3.mp4"), Log({"copy file 3.mp4", "library 3.mp4"}));
 }
 
 } // namespace zivra::test

@@ -53,25 +53,19 @@ TEST(WindowPlan, BelongsToTheDisplayUnderItsMiddleAndIsCutOffThere)
     EXPECT_EQ(planForWindow(content, 11), (CapturePlan{1, CaptureArea::Window, QRectF(0, 0, 150, 150), 11}));
     EXPECT_EQ(failureOf(content, 99), ZivraError::noWindow);
     EXPECT_EQ(failureOf(content, 13), ZivraError::noWindow) << "nothing of it is on a display";
-    ShareableContent noDisplays = content;
-    noDisplays.displays.clear();
-    EXPECT_EQ(failureOf(noDisplays, 10), ZivraError::noDisplay);
+    EXPECT_EQ(failureOf({{}, content.windows}, 10), ZivraError::noDisplay);
 }
 
 TEST(ContentFilterOfATake, KeepsOverlaysInAndOurOtherWindowsOut)
 {
     const ShareableContent content = desktopOfTwo();
-    const ContentFilter screen = contentFilter({1, CaptureArea::FullScreen, {}, {}}, content, {11}, 7);
-    EXPECT_EQ(screen, (ContentFilter{ContentFilter::Kind::DisplayExcludingWindows, 1, {13}}));
-
-    const ContentFilter window =
-        contentFilter({2, CaptureArea::Window, QRectF(0, 100, 200, 200), 10}, content, {11}, 7);
-    EXPECT_EQ(window, (ContentFilter{ContentFilter::Kind::DisplayIncludingWindows, 2, {10, 11}}));
-
-    // The window has closed since: only the overlays are left, which is no failure.
-    const ContentFilter gone =
-        contentFilter({2, CaptureArea::Window, QRectF(0, 0, 9, 9), 99}, content, {11}, 7);
-    EXPECT_EQ(gone, (ContentFilter{ContentFilter::Kind::DisplayIncludingWindows, 2, {11}}));
+    const auto filterFor = [&](const CapturePlan &plan) { return contentFilter(plan, content, {11}, 7); };
+    const CapturePlan screen{1, CaptureArea::FullScreen, {}, {}};
+    EXPECT_EQ(filterFor(screen), (ContentFilter{ContentFilter::Kind::DisplayExcludingWindows, 1, {13}}));
+    CapturePlan window{2, CaptureArea::Window, QRectF(0, 100, 200, 200), 10};
+    EXPECT_EQ(filterFor(window), (ContentFilter{ContentFilter::Kind::DisplayIncludingWindows, 2, {10, 11}}));
+    window.windowID = 99; // has closed since: only the overlays are left, which is no failure
+    EXPECT_EQ(filterFor(window), (ContentFilter{ContentFilter::Kind::DisplayIncludingWindows, 2, {11}}));
 }
 
 } // namespace zivra
