@@ -1,11 +1,13 @@
 #include "desktop/x11/X11HotKeys.h"
 
 #include "TestClient.h"
+#include "desktop/x11/AppleKeyCodes.h"
 #include "support/Eventually.h"
 
 #include <QProcess>
 
 #include <gtest/gtest.h>
+#include <xcb/xcb_keysyms.h>
 
 namespace zivra::desktop {
 namespace {
@@ -107,6 +109,22 @@ TEST_F(X11HotKeysTest, FollowsTheLayout)
         const std::uint16_t given = to[3] == '3' ? XCB_MOD_MASK_4 : XCB_MOD_MASK_3;
         EXPECT_TRUE(eventually([&] { return TestClient().grabKey(kXKeyR, given); }));
         EXPECT_TRUE(firesOnce("super+r", 5));
+    }
+}
+
+TEST_F(X11HotKeysTest, FindsEachPlaceOnAnAmericanKeyboard)
+{
+    EXPECT_FALSE(hotKeys.registerHotKey(0xFFFF, kControl | kOption, 3)) << "no such key";
+    const TestClient client;
+    const std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(
+        xcb_key_symbols_alloc(client.get()), xcb_key_symbols_free);
+    // What Apple's key codes print, from 0 on; a blank stands for a key that prints nothing here.
+    const std::string_view printed = "asdfhgzxcv bqweryt123465=97-80]ou[ip lj'k;\\,/nm.";
+    for (std::uint32_t code = 0; code < printed.size(); ++code) {
+        const auto symbol = xcb_key_symbols_get_keysym(symbols.get(), xKeyCode(code).value_or(0), 0);
+        if (printed[code] != ' ') {
+            EXPECT_EQ(symbol, static_cast<xcb_keysym_t>(printed[code])) << code;
+        }
     }
 }
 
