@@ -90,7 +90,7 @@ class Sounds(Journey):
         self.assertGreater(loudness(computer, 660), 20 * loudness(computer, 1500))
         self.assertGreater(loudness(voice, 1500), 20 * loudness(voice, 660))
 
-    def test_a_sound_server_that_dies_does_not_end_the_take(self):
+    def test_a_microphone_that_is_unplugged_does_not_end_the_take(self):
         self.scene()
         # A module that goes away takes its device with it, which is what unplugging is.
         take = self.start(ZIVRA, "record", "--seconds", "4", "--microphone", stdout=subprocess.PIPE, stderr=subprocess.PIPE)
@@ -140,18 +140,33 @@ class BadLuck(Journey):
         self.assertGreater(movie.duration, 0.5)
         self.assertEqual(movie.complaints, "")
 
-    def test_an_x_server_that_goes_away(self):
+    def take_on_its_own_server(self, *arguments):
+        """A take that has begun, its X server, and the environment of programs there."""
         server = self.start("Xvfb", "-displayfd", "1", "-screen", "0", "800x600x24", "-nolisten", "tcp",
                             stdout=subprocess.PIPE)
-        display = ":" + server.stdout.readline().strip()
-        take = self.start(ZIVRA, "record", env={**os.environ, "DISPLAY": display}, stdout=subprocess.PIPE,
-                          stderr=subprocess.PIPE)
+        there = {**os.environ, "DISPLAY": ":" + server.stdout.readline().strip()}
+        take = self.start(ZIVRA, "record", *arguments, env=there, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         time.sleep(3)
+        return take, server, there
+
+    def test_an_x_server_that_goes_away(self):
+        take, server, _ = self.take_on_its_own_server()
         server.kill()
         out, err = take.communicate(timeout=30)
         self.assertIn("X server", err)
         self.assertEqual(take.returncode, 0)
         self.assertGreater(Movie(out.strip()).duration, 1.9)
+
+    def test_a_display_that_changes_size_keeps_the_old_rectangle(self):
+        take, _, there = self.take_on_its_own_server("--seconds", "5")
+        for change in (["--newmode", "small", "60", *["640"] * 4, *["480"] * 4], ["--addmode", "screen", "small"],
+                       ["--output", "screen", "--mode", "small", "--fb", "640x480"]):
+            self.assertEqual(run("xrandr", *change, env=there).returncode, 0)
+        out, err = take.communicate(timeout=30)
+        self.assertEqual((take.returncode, err), (0, ""))
+        movie = Movie(out.strip())
+        self.assertEqual((movie.size, movie.complaints), ((800, 600), ""))
+        self.assertAlmostEqual(movie.duration, 5, delta=0.4)
 
     def test_a_window_that_closes(self):
         scene = self.scene("--geometry", "320x240+50+50", title="short-lived")
