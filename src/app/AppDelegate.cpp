@@ -69,6 +69,7 @@ void AppDelegate::applicationDidFinishLaunching()
     const auto showPhase = [this] { updateStatusIcon(m_coordinator.isRecording()); };
     connect(&m_coordinator, &RecordingCoordinator::phaseChanged, this, showPhase);
     showPhase();
+    m_library.completeInterrupted();
 
     registerHotKeys();
     m_hotKeyDebounce.setSingleShot(true);

@@ -151,4 +151,18 @@ QCoro::Task<> Library::trim(QUrl url, MediaTimeRange range)
     }
 }
 
+QCoro::Task<> Library::completeInterrupted()
+{
+    const QPointer self(this);
+    MovieServices &movies = m_movies;
+    bool isAnyChanged = false;
+    for (const Recording &recording : std::vector(m_recordings)) {
+        const bool isChanged = co_await movies.completeInterrupted(recording.url);
+        isAnyChanged |= isChanged;
+    }
+    if (self && isAnyChanged) {
+        self->refresh();
+    }
+}
+
 } // namespace zivra

@@ -55,6 +55,9 @@ public:
     /// Replaces the file by that stretch of itself, without encoding again. Throws and leaves the
     /// file as it was when that fails.
     [[nodiscard]] QCoro::Task<> trim(QUrl url, MediaTimeRange range);
+    /// Completes the recordings that an earlier run of the program left behind when it died. One that is
+    /// being made is left alone.
+    QCoro::Task<> completeInterrupted();
 
 Q_SIGNALS:
     void recordingsChanged();

@@ -72,6 +72,9 @@ public:
     [[nodiscard]] virtual QFuture<void> exportPassthrough(std::shared_ptr<const MovieAsset> asset,
                                                           const MediaTimeRange &range, const QUrl &url,
                                                           MovieFileType type) = 0;
+    /// Completes a movie whose writer died with its process: it becomes like one that was finished. Every
+    /// other file is left alone, above all one that is being written. Whether there was something to do.
+    [[nodiscard]] virtual QFuture<bool> completeInterrupted(const QUrl &url) = 0;
 };
 
 } // namespace zivra

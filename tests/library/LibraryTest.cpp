@@ -99,6 +99,19 @@ TEST_F(LibraryTest, MovesToTheTrash)
     }
 }
 
+TEST_F(LibraryTest, CompletesWhatAnEarlierRunLeftBehind)
+{
+    movies.interrupted = {addRecording("a.mp4"), addRecording("b.mov")};
+    Library library(files, movies);
+    int changes = 0;
+    QObject::connect(&library, &Library::recordingsChanged, [&] { ++changes; });
+    await(library.completeInterrupted());
+    EXPECT_TRUE(movies.interrupted.empty());
+    EXPECT_EQ(changes, 1);
+    await(library.completeInterrupted());
+    EXPECT_EQ(changes, 1) << "nothing was left to do";
+}
+
 TEST_F(LibraryTest, TrimsInPlace)
 {
     const MediaTimeRange range{MediaTime::fromMilliseconds(500), MediaTime::fromMilliseconds(1500)};

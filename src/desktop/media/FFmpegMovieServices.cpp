@@ -5,6 +5,7 @@
 #include "desktop/media/FFmpegMovieReader.h"
 #include "desktop/media/FFmpegMovieWriter.h"
 #include "desktop/media/PassthroughExporter.h"
+#include "desktop/media/PlainMovie.h"
 #include "platform/PlatformError.h"
 
 #include <QPromise>
@@ -89,6 +90,11 @@ QFuture<void> FFmpegMovieServices::exportPassthrough(std::shared_ptr<const Movie
         }
         exportStretch(*asset, range, fileUrl(url).toLocalFile(), type);
     });
+}
+
+QFuture<bool> FFmpegMovieServices::completeInterrupted(const QUrl &url)
+{
+    return runOn<bool>(m_threads, [url] { return makePlainMovie(fileUrl(url).toLocalFile()); });
 }
 
 } // namespace zivra::desktop

@@ -18,6 +18,7 @@ public:
     [[nodiscard]] QFuture<void> exportPassthrough(std::shared_ptr<const MovieAsset> asset,
                                                   const MediaTimeRange &range, const QUrl &url,
                                                   MovieFileType type) override;
+    [[nodiscard]] QFuture<bool> completeInterrupted(const QUrl &url) override;
 
 private:
     QThreadPool m_threads;

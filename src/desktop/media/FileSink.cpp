@@ -6,6 +6,7 @@
 #include <QFileInfo>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -44,6 +45,7 @@ FileSink::FileSink(const QString &path)
     if (m_descriptor < 0) {
         throw PlatformError(creationFailureText(path, errno));
     }
+    static_cast<void>(flock(m_descriptor, LOCK_EX | LOCK_NB)); // nobody else knows of the file yet
     auto *buffer = static_cast<std::uint8_t *>(av_malloc(kBufferSize));
     m_io.reset(avio_alloc_context(buffer, kBufferSize, 1, this, nullptr, &FileSink::writeCallback,
                                   &FileSink::seekCallback));

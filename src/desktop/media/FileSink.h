@@ -9,8 +9,9 @@ struct AVIOContext;
 
 namespace zivra::desktop {
 
-/// A file of our own that a muxer writes to. Remembers up to where the file is whole, and after the
-/// first failed write takes nothing more and cuts the file back to there. Used by one thread at a time.
+/// A file of our own that a muxer writes to, locked (flock(2)) until it is closed. Remembers up to where the
+/// file is whole, and after the first failed write takes nothing more and cuts the file back to there. Used
+/// by one thread at a time.
 class FileSink {
 public:
     /// Creates the file; throws `PlatformError` when it exists or cannot be made.

@@ -1,5 +1,6 @@
 #include "desktop/media/WriterWorker.h"
 
+#include "desktop/media/PlainMovie.h"
 #include "platform/PlatformError.h"
 
 #include <QFile>
@@ -22,7 +23,8 @@ constexpr MediaTime kOpeningSilence = MediaTime::fromMilliseconds(100);
 
 WriterWorker::WriterWorker(const QString &path, MovieFileType type, const Tracks &tracks,
                            SampleIntake &intake, Events events)
-    : m_tracks(tracks),
+    : m_path(path),
+      m_tracks(tracks),
       m_intake(intake),
       m_events(std::move(events)),
       m_sink(path),
@@ -162,6 +164,8 @@ void WriterWorker::complete()
     if (m_sink.failure() != 0 && !m_interrupted && !m_failed) {
         fail(std::make_exception_ptr(PlatformError(writeFailureText(m_sink.failure()))));
     }
+    // Where that does not work out (a full disk), the movie stays as it is: fragmented, and playable.
+    makePlainMovie(m_path);
     if (!m_failed && !m_muxer.hasFragment()) {
         fail(std::make_exception_ptr(PlatformError(m_interrupted ? writeFailureText(m_sink.failure())
                                                                  : QStringLiteral("Nothing was recorded."))));

@@ -50,6 +50,7 @@ private:
     template <typename Work>
     void guarded(Work work);
 
+    const QString m_path;
     const Tracks &m_tracks;
     SampleIntake &m_intake;
     const Events m_events;

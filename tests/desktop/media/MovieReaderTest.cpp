@@ -145,17 +145,7 @@ TEST_F(MovieReaderTest, TellsTruncatedAndForeignFiles)
     EXPECT_THROW(services.openAsset(folder.url("text.mp4")).waitForFinished(), PlatformError);
 
     ASSERT_TRUE(QFile::resize(url.toLocalFile(), QFile(url.toLocalFile()).size() - 5000));
-    const auto asset = open(url);
-    for (const auto type : {MediaType::Video, MediaType::Audio}) {
-        const auto reader = services.makeReader(asset);
-        auto &output = type == MediaType::Video ? reader->addTrackOutput(asset->tracks(type).at(0))
-                                                : reader->addAudioMixOutput(asset->tracks(type), {});
-        ASSERT_TRUE(reader->startReading());
-        while (output.copyNextSample()) {
-        }
-        EXPECT_EQ(reader->status(), MovieReader::Status::Failed);
-        EXPECT_FALSE(errorText(reader->error()).isEmpty());
-    }
+    EXPECT_THROW(services.openAsset(url).waitForFinished(), PlatformError) << "its index is cut off";
 }
 
 } // namespace zivra::test

@@ -72,6 +72,7 @@ TEST_P(MovieWriterFileType, KeepsPicturesSoundAndColoursInTheirPlaces)
     writer->finishWriting().waitForFinished();
     ASSERT_EQ(writer->status(), MovieWriter::Status::Completed) << errorText(writer->error()).toStdString();
 
+    EXPECT_FALSE(FFmpegMovieServices().completeInterrupted(url).result()) << "not an ordinary file";
     const MovieProbe probe(url);
     ASSERT_EQ(probe.pictures.size(), times.size());
     for (std::size_t i = 0; i < times.size(); ++i) {
@@ -147,6 +148,13 @@ TEST(MovieWriter, SurvivesTheEndOfTheProcess)
         for (const auto &picture : probe.pictures) {
             EXPECT_NEAR(picture.time, picture.number / 30.0, 0.0001);
         }
+
+        FFmpegMovieServices services;
+        EXPECT_TRUE(services.completeInterrupted(url).result());
+        EXPECT_FALSE(services.completeInterrupted(url).result()) << "it is an ordinary one now";
+        const MovieProbe completed(url);
+        EXPECT_EQ(completed.pictures.size(), probe.pictures.size());
+        EXPECT_EQ(completed.sounds.at(0).samples, probe.sounds[0].samples);
     }
 }
 
@@ -165,6 +173,7 @@ TEST(MovieWriter, FlushesAStillScreen)
         video.append(numberedFrame(1, 0));
         std::this_thread::sleep_for(std::chrono::milliseconds(1500));
         EXPECT_EQ(MovieProbe(url).pictures.size(), 1U);
+        EXPECT_FALSE(FFmpegMovieServices().completeInterrupted(url).result()) << "it is being written";
         video.append(numberedFrame(2, 1.5));
         video.append(numberedFrame(3, 1.6));
         std::this_thread::sleep_for(std::chrono::milliseconds(1300));

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 namespace zivra::test {
 
@@ -120,6 +121,7 @@ public:
     std::function<void(ReaderRecord &)> onReader; ///< scripts each reader that is made
     std::vector<std::shared_ptr<WriterRecord>> writers;
     std::vector<Export> exports;
+    std::set<QUrl> interrupted; ///< movies whose writers died
     ScriptedResult<void> exporting;
 
     std::unique_ptr<MovieWriter> makeWriter(const QUrl &url, MovieFileType type) override
@@ -163,6 +165,10 @@ public:
             file.write("trimmed");
         }
         return exporting.answer();
+    }
+    QFuture<bool> completeInterrupted(const QUrl &url) override
+    {
+        return QtFuture::makeReadyFuture(interrupted.erase(url) > 0);
     }
 
     std::shared_ptr<ReaderRecord> reader; ///< the latest
