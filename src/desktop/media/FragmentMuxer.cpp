@@ -33,7 +33,10 @@ int FragmentMuxer::addTrack(const AVCodecParameters &parameters, AVRational time
                             const std::optional<TrackTransform> &transform)
 {
     addStream(*m_context, parameters, timeBase, transform);
-    m_tracks.push_back({.timeBase = timeBase, .waiting = {}, .waitingSince = {}});
+    m_tracks.push_back({.timeBase = timeBase,
+                        .showsPictures = parameters.codec_type == AVMEDIA_TYPE_VIDEO,
+                        .waiting = {},
+                        .waitingSince = {}});
     return static_cast<int>(m_tracks.size()) - 1;
 }
 
@@ -55,11 +58,11 @@ void FragmentMuxer::write(int number, PacketPtr packet)
     if (track.waiting) {
         releaseWaiting(track, packet->dts - track.waiting->dts);
     }
-    if (packet->duration > 0) {
-        mux(track, std::move(packet));
-    } else {
+    if (track.showsPictures) {
         track.waiting = std::move(packet);
         track.waitingSince = Clock::now();
+    } else {
+        mux(track, std::move(packet));
     }
 }
 
@@ -116,7 +119,8 @@ void FragmentMuxer::finish()
 {
     for (auto &track : m_tracks) {
         if (track.waiting) {
-            releaseWaiting(track, ticksFrom(kLastPictureDuration, track.timeBase));
+            const auto own = track.waiting->duration;
+            releaseWaiting(track, own > 0 ? own : ticksFrom(kLastPictureDuration, track.timeBase));
         }
     }
     flush();

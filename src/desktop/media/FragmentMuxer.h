@@ -24,8 +24,9 @@ public:
     /// After the last track.
     void start();
 
-    /// Times are in the track's time base, in decoding order. A packet without a duration lasts until the
-    /// next one of its track: it waits for that, or for a flush that finds it old enough.
+    /// Times are in the track's time base, in decoding order. A packet of sound has its duration. A picture
+    /// lasts until the next one, whatever duration it comes with (that of a copied one is a guess): it waits
+    /// for that, or for a flush that finds it old enough.
     void write(int track, PacketPtr packet);
     /// Makes everything written so far a fragment and hands it to the kernel.
     void flush();
@@ -44,7 +45,8 @@ private:
 
     struct Track {
         AVRational timeBase;
-        PacketPtr waiting; ///< has no duration yet
+        bool showsPictures;
+        PacketPtr waiting; ///< its duration is not known yet
         Clock::time_point waitingSince;
         bool startsFragment = true;
         bool empty = true;

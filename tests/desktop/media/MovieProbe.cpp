@@ -48,9 +48,11 @@ MovieProbe::MovieProbe(const QUrl &url)
         probe(file, "v", "stream=codec_tag_string,color_range,color_space,color_transfer,color_primaries")
             .value(0);
     const auto times = probe(file, "v", "frame=best_effort_timestamp_time");
-    const auto luma = times.empty() ? QByteArray()
-                                    : outputOf("ffmpeg", {"-i", file, "-map", "0:v", "-vsync", "passthrough",
-                                                          "-pix_fmt", "gray", "-f", "rawvideo", "-"});
+    const auto luma =
+        times.empty()
+            ? QByteArray()
+            : outputOf("ffmpeg", {"-i", file, "-map", "0:v", "-vsync", "passthrough", "-enc_time_base", "-1",
+                                  "-pix_fmt", "gray", "-f", "rawvideo", "-"});
     EXPECT_EQ(luma.size(), times.size() * kWidth * kHeight);
     for (qsizetype middle = kHeight / 2; middle * kWidth < luma.size(); middle += kHeight) {
         const auto time = times.value(middle / kHeight).split(',')[0].toDouble();
