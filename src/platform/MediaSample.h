@@ -42,8 +42,10 @@ struct VideoFrame {
     int height = 0;              ///< pixels
     std::array<Plane, 3> planes; ///< Y, U, V; U and V have half the width and height
     std::shared_ptr<const void> storage;
-    /// What differs from the frame before in the same stream, in pixels of this frame; absent when
-    /// that is not known and anything may have changed.
+    /// Counts the frames of a stream, from 1; 0: not counted.
+    std::uint64_t number = 0;
+    /// What differs from the frame before in the same stream, the one with the number before, in pixels of
+    /// this frame; absent when that is not known and anything may have changed.
     std::optional<std::vector<QRect>> changed;
 };
 

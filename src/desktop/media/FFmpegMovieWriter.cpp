@@ -2,7 +2,7 @@
 
 #include "desktop/media/AudioEncoder.h"
 #include "desktop/media/PacketCopier.h"
-#include "desktop/media/VideoEncoder.h"
+#include "desktop/media/PictureEncoder.h"
 #include "platform/PlatformError.h"
 
 namespace zivra::desktop {
@@ -56,7 +56,7 @@ FFmpegMovieWriter::~FFmpegMovieWriter()
 
 MovieWriterInput &FFmpegMovieWriter::addVideoInput(const VideoSettings &settings)
 {
-    return addInput(MediaType::Video, std::make_unique<VideoEncoder>(settings));
+    return addInput(MediaType::Video, makePictureEncoder(settings));
 }
 
 MovieWriterInput &FFmpegMovieWriter::addAudioInput(const AudioSettings &settings)

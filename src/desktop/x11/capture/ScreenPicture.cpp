@@ -128,7 +128,8 @@ std::optional<ScreenPicture::Frame> ScreenPicture::takeFrame(bool evenIfUnchange
     const QRegion changed = std::exchange(m_unread, QRegion());
     convert(changed, *buffer);
     const auto frame = m_pool.wrap(std::move(buffer));
-    if (!std::exchange(m_isFirst, false)) {
+    frame->number = ++m_frames;
+    if (frame->number > 1) {
         frame->changed = m_converter.outputRects(changed);
     }
     m_last = frame;
@@ -145,12 +146,13 @@ std::unique_ptr<FrameBuffer> ScreenPicture::takeBuffer()
     return buffer;
 }
 
-std::optional<ScreenPicture::Frame> ScreenPicture::lastFrameAgain() const
+std::optional<ScreenPicture::Frame> ScreenPicture::lastFrameAgain()
 {
     if (!m_last) {
         return std::nullopt;
     }
     auto again = std::make_shared<VideoFrame>(*m_last);
+    again->number = ++m_frames;
     again->changed.emplace();
     return Frame{again, monotonicTime()};
 }

@@ -47,7 +47,7 @@ private:
     void checkDisplay();
     void notePress();
     [[nodiscard]] std::unique_ptr<FrameBuffer> takeBuffer();
-    [[nodiscard]] std::optional<Frame> lastFrameAgain() const;
+    [[nodiscard]] std::optional<Frame> lastFrameAgain();
     [[nodiscard]] QRegion takeChanges();
     [[nodiscard]] bool read(QRegion &changed);
     void convert(const QRegion &changed, FrameBuffer &buffer);
@@ -64,7 +64,7 @@ private:
     std::optional<ClickOverlay> m_clicks;
     QRegion m_unread;                         ///< changed, and not in a frame yet
     std::shared_ptr<const VideoFrame> m_last; ///< null before the first, and when its buffer was needed
-    bool m_isFirst = true;
+    std::uint64_t m_frames = 0;
     bool m_mustCheckDisplay = false;
     std::uint64_t m_droppedFrames = 0;
 };

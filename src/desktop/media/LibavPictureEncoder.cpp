@@ -1,4 +1,4 @@
-#include "desktop/media/VideoEncoder.h"
+#include "desktop/media/LibavPictureEncoder.h"
 
 #include "platform/PlatformError.h"
 
@@ -12,7 +12,6 @@ namespace zivra::desktop {
 
 namespace {
 
-constexpr AVRational kTimeBase{1, 90'000};
 const auto kEncodeFailure = QStringLiteral("The picture can’t be encoded");
 
 void setOption(AVCodecContext &codec, const char *name, const char *value)
@@ -69,17 +68,12 @@ FramePtr wrap(std::shared_ptr<const VideoFrame> picture)
 
 } // namespace
 
-VideoEncoder::VideoEncoder(const VideoSettings &settings) : m_settings(settings) {}
+LibavPictureEncoder::LibavPictureEncoder(const VideoSettings &settings) : PictureEncoder(settings) {}
 
-AVRational VideoEncoder::timeBase() const
-{
-    return kTimeBase;
-}
-
-void VideoEncoder::open(bool, PacketSink sink)
+void LibavPictureEncoder::open(bool, PacketSink sink)
 {
     m_sink = std::move(sink);
-    const bool hevc = m_settings.codec == VideoCodec::Hevc;
+    const bool hevc = settings().codec == VideoCodec::Hevc;
     const AVCodec *encoder = avcodec_find_encoder_by_name(hevc ? "libx265" : "libx264");
     if (encoder == nullptr) {
         throw PlatformError(QStringLiteral("This system has no %1 encoder.")
@@ -89,15 +83,15 @@ void VideoEncoder::open(bool, PacketSink sink)
     if (!m_codec) {
         throw std::bad_alloc();
     }
-    m_codec->width = m_settings.width;
-    m_codec->height = m_settings.height;
+    m_codec->width = settings().width;
+    m_codec->height = settings().height;
     m_codec->pix_fmt = AV_PIX_FMT_YUV420P;
     m_codec->time_base = kTimeBase;
-    m_codec->framerate = {m_settings.expectedSourceFrameRate, 1};
+    m_codec->framerate = {settings().expectedSourceFrameRate, 1};
     m_codec->thread_count = 0;
     m_codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER; // movie files keep the set-up in their index
     setColours(*m_codec);
-    setRateControl(*m_codec, m_settings);
+    setRateControl(*m_codec, settings());
     setOption(*m_codec, "preset", hevc ? "ultrafast" : "superfast");
     setOption(*m_codec, "tune", "zerolatency");
     if (hevc) {
@@ -105,37 +99,22 @@ void VideoEncoder::open(bool, PacketSink sink)
     }
     checked(avcodec_open2(m_codec.get(), encoder, nullptr), kEncodeFailure);
 
-    m_parameters = makeCodecParameters();
-    checked(avcodec_parameters_from_context(m_parameters.get(), m_codec.get()), kEncodeFailure);
+    auto parameters = makeCodecParameters();
+    checked(avcodec_parameters_from_context(parameters.get(), m_codec.get()), kEncodeFailure);
     if (hevc) {
-        m_parameters->codec_tag = MKTAG('h', 'v', 'c', '1'); // more players take it than hev1
+        parameters->codec_tag = MKTAG('h', 'v', 'c', '1'); // more players take it than hev1
     }
+    setParameters(std::move(parameters));
 }
 
-bool VideoEncoder::accepts(const MediaSample &sample) const
+void LibavPictureEncoder::encodePicture(const std::shared_ptr<const VideoFrame> &picture, std::int64_t ticks)
 {
-    const auto picture = sample.videoFrame();
-    return picture && picture->width == m_settings.width && picture->height == m_settings.height;
-}
-
-void VideoEncoder::encode(const MediaSample &sample, MediaTime time)
-{
-    const auto ticks = ticksFrom(time, kTimeBase);
-    if (ticks <= m_lastTime) {
-        return; // before the movie's start, or no later than the picture before
-    }
-    m_lastTime = ticks;
-    const auto frame = wrap(sample.videoFrame());
+    const auto frame = wrap(picture);
     frame->pts = ticks;
     encodeFrame(*m_codec, frame.get(), m_sink);
 }
 
-void VideoEncoder::fillUntil(MediaTime)
-{
-    // There is no picture that would be right.
-}
-
-void VideoEncoder::finish()
+void LibavPictureEncoder::finish()
 {
     encodeFrame(*m_codec, nullptr, m_sink);
 }
