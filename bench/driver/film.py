@@ -67,3 +67,21 @@ class Film:
                 check=True, stdin=truth.stdout, stderr=subprocess.PIPE).stderr.decode()
         found = re.search(r"SSIM Y:\S+ \((\S+)\)", report)
         return float(found.group(1))
+
+    def overlay_faults(self):
+        """How many frames show the overlays' bar, and how many lack a part of the sheet's stroke."""
+        bar = self._cells("crop=400:60:760:980", 20, 3)
+        stroke = self._cells("crop=400:20:100:600", 20, 1)
+        shows_bar = [any(red > 200 and blue > 200 and green < 60 for red, green, blue in frame) for frame in bar]
+        has_stroke = [all(green > 200 and red < 60 and blue < 60 for red, green, blue in frame) for frame in stroke]
+        return sum(shows_bar), len(has_stroke) - sum(has_stroke)
+
+    def _cells(self, area, columns, rows):
+        """For each frame the mean colours of the cells that an area is divided into."""
+        raw = subprocess.run(
+            ["ffmpeg", "-v", "error", "-i", self.path, "-map", "0:v:0", "-fps_mode", "passthrough", "-vf",
+             f"{area},scale={columns}:{rows}:flags=area", "-pix_fmt", "rgb24", "-f", "rawvideo", "-"],
+            check=True, capture_output=True).stdout
+        size = columns * rows * 3
+        return [[tuple(raw[cell:cell + 3]) for cell in range(start, start + size, 3)]
+                for start in range(0, len(raw), size)]

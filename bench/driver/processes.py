@@ -6,6 +6,7 @@ import signal
 import socket
 import struct
 import subprocess
+import tempfile
 import time
 
 _libc = ctypes.CDLL(None)
@@ -38,8 +39,9 @@ class Program:
     """A program that runs until it is told to stop."""
 
     def __init__(self, *command):
-        self._process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                         stderr=subprocess.PIPE)
+        self._output = tempfile.TemporaryFile()
+        self._errors = tempfile.TemporaryFile()
+        self._process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=self._output, stderr=self._errors)
         self.peak_memory = 0
 
     def __enter__(self):
@@ -52,16 +54,22 @@ class Program:
     def pid(self):
         return self._process.pid
 
+    @property
+    def output(self):
+        """What it has printed so far."""
+        return os.pread(self._output.fileno(), os.fstat(self._output.fileno()).st_size, 0).decode()
+
     def run_for(self, seconds):
         try:
-            _, errors = self._process.communicate(timeout=seconds)
+            self._process.wait(seconds)
         except subprocess.TimeoutExpired:
             return
-        raise RuntimeError(f"{self._process.args[0]} ended by itself: {errors.decode()}")
+        errors = os.pread(self._errors.fileno(), 10000, 0).decode()
+        raise RuntimeError(f"{self._process.args[0]} ended by itself: {errors}")
 
     def stop(self):
-        """Ends it as a user would, and returns what it said."""
+        """Ends it as a user would."""
         if self._process.poll() is None:
             self.peak_memory = peak_memory(self.pid)
             self._process.send_signal(signal.SIGINT)
-        return self._process.communicate(timeout=60)[0].decode()
+            self._process.wait(60)

@@ -50,12 +50,13 @@ def machine():
     return f"{os.cpu_count()} cores ({cpu.group(1) if cpu else platform.machine()}), {release}, Xvfb"
 
 
-def page(results, how):
+def page(results, notes):
+    paragraphs = "\n\n".join(notes)
     return f"""# Benchmarks
 
-{datetime.date.today():%Y-%m-%d}, on {machine()}. {how}
+{datetime.date.today():%Y-%m-%d}, on {machine()}.
 
 {table(results)}
 
-`scripts/bench` writes this page.
+{paragraphs}
 """

@@ -56,9 +56,9 @@ private:
 /// Sums of lattices of ever finer cells with ever lower heights: as in a photograph, the finer the fainter.
 class Noise {
 public:
-    Noise(QSize size, std::mt19937 &random)
+    Noise(QSize size, int finest, std::mt19937 &random)
     {
-        for (int cell = 256; cell >= 1; cell /= 2) {
+        for (int cell = 256; cell >= finest; cell /= 2) {
             m_lattices.emplace_back(size, cell, random);
         }
     }
@@ -83,16 +83,15 @@ int shade(float value)
 
 QImage clouds(QSize size, std::mt19937 &random)
 {
-    const Noise brightness(size, random);
-    const Noise tint(size, random);
+    const Noise brightness(size, 1, random);
+    const Noise tint(size, 16, random);
     QImage image(size, QImage::Format_RGB32);
     std::vector<float> bright(static_cast<std::size_t>(size.width()));
     std::vector<float> warm(bright.size());
     for (int y = 0; y < size.height(); ++y) {
         brightness.row(y, bright);
         tint.row(y, warm);
-        auto *const line =
-            reinterpret_cast<QRgb *>(image.scanLine(y)); // NOLINT(*-reinterpret-cast): 32-bit format
+        auto *const line = reinterpret_cast<QRgb *>(image.scanLine(y));
         for (std::size_t x = 0; x < bright.size(); ++x) {
             const float base = 120 + 150 * bright[x];
             line[x] =
@@ -114,7 +113,7 @@ void drawShapes(QPainter &painter, QSize size, std::mt19937 &random)
     for (int index = 0; index < count; ++index) {
         const QRect place(upTo(size.width(), random), upTo(size.height(), random), 20 + upTo(120, random),
                           20 + upTo(90, random));
-        painter.setBrush(QColor::fromHsv(upTo(360, random), 60 + upTo(160, random), 60 + upTo(190, random)));
+        painter.setBrush(QColor::fromHsv(upTo(360, random), 60 + upTo(120, random), 60 + upTo(190, random)));
         if (index % 3 == 0) {
             painter.drawEllipse(place);
         } else if (index % 3 == 1) {

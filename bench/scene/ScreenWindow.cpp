@@ -6,6 +6,7 @@
 #include <sys/shm.h>
 
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -48,9 +49,7 @@ void ScreenWindow::shareMemory()
         static_cast<std::size_t>(kScreenSize.width()) * 4 * static_cast<std::size_t>(kScreenSize.height());
     const int id = shmget(IPC_PRIVATE, size, IPC_CREAT | 0600);
     m_memory = id < 0 ? nullptr : shmat(id, nullptr, 0);
-    if (id < 0 ||
-        m_memory == reinterpret_cast<void *>(
-                        -1)) { // NOLINT(*-reinterpret-cast, performance-no-int-to-ptr): shmat's failure
+    if (id < 0 || reinterpret_cast<std::intptr_t>(m_memory) == -1) {
         throw std::runtime_error("no shared memory");
     }
     m_segment = xcb_generate_id(m_connection.get());

@@ -24,7 +24,7 @@ constexpr Choices kObjects{
     "the lighthouse keeper",       "(almost) everyone",      "page 37 of the ledger"};
 constexpr Choices kEndings{
     "before the snow.", "without a word.", "and stayed until noon.", "as it always did.",
-    "for 25 years.",    "in the evening.", "; it was enough.",       "while the tide went out.",
+    "for 25 years.",    "in the evening.", "and it was enough.",     "while the tide went out.",
     "at 6:40.",         "twice a week.",   "against all advice.",    "and nothing changed."};
 
 QString pick(const Choices &choices, std::mt19937 &random)
