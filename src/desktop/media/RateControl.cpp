@@ -13,14 +13,14 @@ constexpr double kHorizon = 2;
 constexpr double kCredit = 1;
 constexpr int kRefreshInterval = 15; // pictures
 /// The finest quantisers that make a visible difference, as measured on text and on photographs.
-constexpr double kFinestOrdinary = 13;
-constexpr double kFinestRefresh = 11;
-constexpr double kFinestKey = 9;
+constexpr double kFinestOrdinary = 9;
+constexpr double kFinestRefresh = 7;
+constexpr double kFinestKey = 5;
 /// Nothing is known yet: a middling screen's key frame takes half a second's bits.
 constexpr double kFirstKey = 17;
 constexpr double kFirstOrdinary = 24;
 constexpr double kLeastFiner = 3;
-constexpr double kMostFiner = 12;
+constexpr double kMostFiner = 9;
 /// A picture that changes less is not told from one that does not change.
 constexpr double kLeastShare = 1e-4;
 
@@ -53,6 +53,8 @@ int RateControl::quantiser(const Picture &picture)
     double chosen = 0;
     if (m_kind == Kind::Key && !m_key.isKnown()) {
         chosen = kFirstKey;
+    } else if (m_kind == Kind::Refinement) {
+        chosen = kFinestRefresh;
     } else {
         constexpr double kMostDown = 2;
         const double ordinary = std::max(ordinaryQuantiser(picture), m_lastOrdinary - kMostDown);
@@ -82,9 +84,10 @@ RateControl::Kind RateControl::kindOf(const Picture &picture) const
     if (picture.isKey) {
         return Kind::Key;
     }
-    const bool isStill = picture.changedShare < kLeastShare;
-    return m_hasCoarseParts && (isStill || m_sinceRefresh >= kRefreshInterval) ? Kind::Refresh
-                                                                               : Kind::Ordinary;
+    if (picture.changedShare < kLeastShare) {
+        return m_hasCoarseParts && m_debt <= 0 ? Kind::Refinement : Kind::Ordinary;
+    }
+    return m_sinceRefresh >= kRefreshInterval ? Kind::Refresh : Kind::Ordinary;
 }
 
 /// In steps of the quantiser, compared with the ordinary pictures around. What a fine picture gets lives on
@@ -139,7 +142,9 @@ void RateControl::noteSize(std::int64_t size)
         }
     }
     m_sinceRefresh = m_kind == Kind::Ordinary ? m_sinceRefresh + 1 : 0;
-    m_hasCoarseParts = m_kind == Kind::Ordinary && (m_hasCoarseParts || m_changedShare > kLeastShare);
+    const bool isCoarse = m_quantiser > kFinestRefresh;
+    const bool isAllNew = m_kind != Kind::Ordinary;
+    m_hasCoarseParts = isAllNew ? isCoarse : m_hasCoarseParts || (isCoarse && m_changedShare > kLeastShare);
 }
 
 } // namespace zivra::desktop

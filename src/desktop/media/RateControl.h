@@ -10,7 +10,7 @@ namespace zivra::desktop {
 /// second
 ///   a refreshing picture, are coded finer than those in between, by more where much of a picture is
 ///   taken over from the one before;
-/// - a picture without a change refines what the changes before it left coarse, once;
+/// - a picture without a change refines what is still coarse, once, when there are bits for it;
 /// - the average stays within the bit rate. Bits that a still screen leaves over are not saved up for more
 ///   than `kCredit`: the rate of what moves stays bounded.
 ///
@@ -25,7 +25,7 @@ public:
     };
 
     /// The quantisers are within these.
-    static constexpr int kFinest = 6;
+    static constexpr int kFinest = 4;
     static constexpr int kCoarsest = 44;
 
     RateControl(std::int64_t bitsPerSecond, int keyFrameInterval);
@@ -47,7 +47,7 @@ private:
         double m_value = 0;
     };
 
-    enum class Kind { Key, Refresh, Ordinary };
+    enum class Kind { Key, Refresh, Refinement, Ordinary };
 
     void passTime(double time);
     [[nodiscard]] Kind kindOf(const Picture &picture) const;

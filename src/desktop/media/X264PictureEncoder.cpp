@@ -73,11 +73,14 @@ x264_param_t encoderParameters(const VideoSettings &settings, AVRational timeBas
     parameters.analyse.i_weighted_pred = 0;
     parameters.analyse.b_mb_info = 1;
     // Measured on text and photographs that move: where most of a picture is taken over from the one before,
-    // small remainders are worth their bits. Half a pixel's better search costs nothing in the end.
+    // small remainders are worth their bits, and so are a finer search and smaller partitions.
     parameters.analyse.b_dct_decimate = 0;
     parameters.analyse.i_luma_deadzone[0] = 11;
     parameters.analyse.i_luma_deadzone[1] = 8;
     parameters.analyse.i_subpel_refine = 2;
+    parameters.analyse.inter |= X264_ANALYSE_PSUB16x16;
+    parameters.i_deblocking_filter_alphac0 = 1;
+    parameters.i_deblocking_filter_beta = 1;
     return parameters;
 }
 
