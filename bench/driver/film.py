@@ -49,14 +49,15 @@ class Film:
 
     def similarity(self, scene_program, scene, area="null"):
         """The structural similarity (SSIM) of the brightness of frames spread over the movie to the true ones,
-        in dB. Brightness alone: what halving the colour's resolution loses is no fault of an encoder. `area` is
+        in dB. The true ones are converted to 12 bits, so that no recorder gains by rounding as the reference
+        does. Brightness alone: what halving the colour's resolution loses is no fault of an encoder. `area` is
         a filter that both pass first."""
         readable = [index for index, number in enumerate(self.numbers) if number is not None]
         count = min(FRAMES_COMPARED, len(readable))
         chosen = [readable[index * len(readable) // count] for index in range(count)]
         wanted = "+".join(f"eq(n,{index})" for index in chosen)
-        graph = (f"[0:v]select='{wanted}',settb=1/30,setpts=N,format=yuv420p,{area}[movie];"
-                 f"[1:v]scale=out_color_matrix=bt601:out_range=tv,format=yuv420p,settb=1/30,setpts=N,{area}[truth];"
+        graph = (f"[0:v]select='{wanted}',settb=1/30,setpts=N,format=yuv420p12,{area}[movie];"
+                 f"[1:v]scale=out_color_matrix=bt601:out_range=tv,format=yuv420p12,settb=1/30,setpts=N,{area}[truth];"
                  "[movie][truth]ssim")
         with subprocess.Popen([scene_program, scene, "--dump", ",".join(str(self.numbers[index]) for index in chosen)],
                               stdout=subprocess.PIPE) as truth:
