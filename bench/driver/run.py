@@ -39,7 +39,7 @@ class Bench:
         self._known = [Zivra(options.zivra or options.build / "zivra", self._tools),
                        FFmpeg("veryfast"), FFmpeg("superfast"),
                        FFmpeg("veryfast", "yuv420p"), FFmpeg("superfast", "yuv420p")]
-        self.folder = ROOT / "build" / "bench"
+        self._movies = pathlib.Path.home() # the private desktop's, which vanishes with it
         self.is_whole = not (options.scenes or options.recorders or options.zivra)
         self.overlay_frames = 0
         self.overlay_faults = []
@@ -78,7 +78,7 @@ class Bench:
     def _record(self, recorder, shown):
         """Runs a recorder for the measured seconds. Returns its movie and its costs."""
         server = x_server()
-        with Program(*recorder.command(self.folder, shown.excluded)) as program:
+        with Program(*recorder.command(self._movies, shown.excluded)) as program:
             program.run_for(SETTLE)
             began, x_began, start = cpu_seconds(program.pid), cpu_seconds(server), time.monotonic()
             program.run_for(SECONDS)
@@ -86,7 +86,7 @@ class Bench:
             program.stop()
             costs = {"cpu_s": (ended - began) * SECONDS / seconds, "x_cpu_s": (x_ended - x_began) * SECONDS / seconds,
                      "rss_mb": program.peak_memory / 2**20}
-            return recorder.movie(self.folder, program.output), costs
+            return recorder.movie(self._movies, program.output), costs
 
     def _check_overlays(self, film):
         with_bar, without_stroke = film.overlay_faults()
@@ -98,7 +98,7 @@ class Bench:
 
     def notes(self):
         how = f"""Each scene shows 30 frames a second on a 1920x1080 X server without a screen, and each recorder
-records it in the same run, {self._repeat} times in turn; the figures are medians. CPU time is that of {SECONDS} seconds
+records it in the same run, one after the other; the figures are medians of {self._repeat} such rounds. CPU time is that of {SECONDS} seconds
 that begin {SETTLE} seconds after the recorder's start; *ratio* is that to `ffmpeg-veryfast`. *X server* is what the
 server spends more than with the scene alone. The scenes draw the number of each frame into it: *frames/s* counts the
 distinct ones in the movie, *dropped* those shown during the take and missing in it, and SSIM compares the brightness of
@@ -124,7 +124,7 @@ def main():
     bench = Bench(arguments())
     results = list(report.medians(bench.runs()))
     print(report.table(results))
-    (bench.folder / "results.jsonl").write_text(report.json_lines(results), encoding="utf-8")
+    (ROOT / "build" / "bench" / "results.jsonl").write_text(report.json_lines(results), encoding="utf-8")
     if bench.is_whole:
         (ROOT / "bench" / "RESULTS.md").write_text(report.page(results, bench.notes()), encoding="utf-8")
     if bench.overlay_faults:
