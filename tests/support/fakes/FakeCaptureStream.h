@@ -13,11 +13,8 @@ class FakeCaptureStreams final : public CaptureStreamFactory {
 public:
     ContentFilter filter;
     CaptureConfiguration configuration;
-    std::vector<CaptureOutput> outputs; ///< in the order they were added
-    int made = 0;
     int alive = 0;
     int stops = 0;
-    std::exception_ptr addOutputError;
     ScriptedResult<void> starting;
     ScriptedResult<void> stopping;
 
@@ -27,10 +24,8 @@ public:
     {
         filter = streamFilter;
         configuration = streamConfiguration;
-        outputs.clear();
         m_handlers.clear();
         m_onStop = std::move(onStop);
-        ++made;
         return std::make_unique<Stream>(*this);
     }
 
@@ -56,10 +51,6 @@ private:
 
         void addOutput(CaptureOutput type, std::shared_ptr<SerialQueue> queue, SampleHandler handler) override
         {
-            if (m_factory.addOutputError) {
-                std::rethrow_exception(m_factory.addOutputError);
-            }
-            m_factory.outputs.push_back(type);
             m_factory.m_handlers[type] = {std::move(queue), std::move(handler)};
         }
         QFuture<void> startCapture() override { return m_factory.starting.answer(); }

@@ -22,20 +22,20 @@ public:
 class FakeScreens final : public Screens {
 public:
     std::vector<Screen> all = {{1, QStringLiteral("Main"), QRectF(0, 0, 1920, 1080), 1}};
-    QPointF mouse{100, 100};
 
     [[nodiscard]] std::vector<Screen> screens() const override { return all; }
-    [[nodiscard]] QPointF mouseLocation() const override { return mouse; }
+    [[nodiscard]] QPointF mouseLocation() const override { return {100, 100}; }
 };
 
 class FakeContentQuery final : public ContentQuery {
 public:
     ShareableContent content;
-    ScriptedResult<ShareableContent> querying;
-    std::vector<std::int64_t> activated;
 
-    QFuture<ShareableContent> shareableContent(bool, bool) override { return querying.answer(content); }
-    void activateApplication(std::int64_t processID) override { activated.push_back(processID); }
+    QFuture<ShareableContent> shareableContent(bool, bool) override
+    {
+        return QtFuture::makeReadyFuture(content);
+    }
+    void activateApplication(std::int64_t) override {}
 };
 
 class FakeAlerts final : public AlertPresenter {
@@ -53,10 +53,9 @@ public:
 
 class FakeWorkspace final : public Workspace {
 public:
-    std::vector<QUrl> opened;
     std::vector<QString> settingsPanes;
 
-    void open(const QUrl &url) override { opened.push_back(url); }
+    void open(const QUrl &) override {}
     void openPrivacySettings(const QString &pane) override { settingsPanes.push_back(pane); }
 };
 

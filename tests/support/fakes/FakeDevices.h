@@ -52,10 +52,9 @@ public:
 class FakeScreenCaptureAccess final : public ScreenCaptureAccess {
 public:
     bool granted = true;
-    int requests = 0;
 
     [[nodiscard]] bool preflight() const override { return granted; }
-    void request() override { ++requests; }
+    void request() override {}
 };
 
 } // namespace zivra::test

@@ -122,6 +122,7 @@ public:
     std::vector<std::shared_ptr<WriterRecord>> writers;
     std::vector<Export> exports;
     std::set<QUrl> interrupted; ///< movies whose writers died
+    std::set<QUrl> mixed;       ///< movies that hold a ready mix
     ScriptedResult<void> exporting;
 
     std::unique_ptr<MovieWriter> makeWriter(const QUrl &url, MovieFileType type) override
@@ -169,6 +170,10 @@ public:
     QFuture<bool> completeInterrupted(const QUrl &url) override
     {
         return QtFuture::makeReadyFuture(interrupted.erase(url) > 0);
+    }
+    QFuture<bool> useReadyMix(const QUrl &url) override
+    {
+        return QtFuture::makeReadyFuture(mixed.erase(url) > 0);
     }
 
     std::shared_ptr<ReaderRecord> reader; ///< the latest

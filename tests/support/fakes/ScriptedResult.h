@@ -44,7 +44,6 @@ public:
             promise->finish();
         }
     }
-    [[nodiscard]] std::size_t waitingCount() const { return m_waiting.size(); }
 
 private:
     std::vector<std::pair<std::shared_ptr<QPromise<T>>, Value>> m_waiting;
