@@ -23,8 +23,8 @@ class Zivra:
 
 
 class FFmpeg:
-    """Records whatever is on the screen. Without a pixel format it keeps the colours' full resolution, which nearly
-    doubles its work and which many players do not show."""
+    """Records whatever is on the screen. Without a pixel format it keeps the colours' full resolution, which
+    many players do not show."""
 
     def __init__(self, preset, pixel_format=None):
         self.name = f"ffmpeg-{preset}" + (f"-{pixel_format}" if pixel_format else "")
