@@ -148,6 +148,10 @@ QCoro::Task<> AudioMerger::mergeAudioTracksIfNeeded(QUrl url, MovieServices &mov
     if (asset->tracks(MediaType::Audio).size() < 2) {
         co_return;
     }
+    const bool isMerged = co_await movies.useReadyMix(url);
+    if (isMerged) {
+        co_return;
+    }
     const QDir folder = QFileInfo(url.toLocalFile()).dir();
     const QUrl temporary = QUrl::fromLocalFile(folder.filePath(temporaryName(QLatin1String(".merge-"), url)));
     try {

@@ -18,10 +18,11 @@ class AudioMerger {
 public:
     AudioMerger() = delete;
 
-    /// Nothing happens to a file with fewer than two audio tracks. Otherwise the file is replaced, in one
-    /// step at the very end, by one with a single stereo track; a failure is thrown and leaves the file
-    /// as it was. Called on the main thread, which it never blocks: reading, decoding and writing run on
-    /// queues made for the purpose. The services must outlive the task.
+    /// Nothing happens to a file with fewer than two audio tracks. One that was mixed while it was recorded
+    /// turns to that mix. Any other is replaced, in one step at the very end, by one with a single
+    /// stereo track; a failure is thrown and leaves the file as it was. Called on the main thread, which it
+    /// never blocks: reading, decoding and writing run on queues made for the purpose. The services must
+    /// outlive the task.
     [[nodiscard]] static QCoro::Task<>
     mergeAudioTracksIfNeeded(QUrl url, MovieServices &movies, FileSystem &files, SerialQueueFactory &queues);
 

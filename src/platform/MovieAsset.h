@@ -75,6 +75,9 @@ public:
     /// Completes a movie whose writer died with its process: it becomes like one that was finished. Every
     /// other file is left alone, above all one that is being written. Whether there was something to do.
     [[nodiscard]] virtual QFuture<bool> completeInterrupted(const QUrl &url) = 0;
+    /// Makes the mix that was recorded along with a movie's sound tracks its only sound, at once and in
+    /// place. False when there is none, or it can't be done: then nothing has changed.
+    [[nodiscard]] virtual QFuture<bool> useReadyMix(const QUrl &url) = 0;
 };
 
 } // namespace zivra

@@ -69,6 +69,8 @@ public:
 ///
 /// The file is fragmented and flushed every second by time, so that it plays up to the last second
 /// whatever happens to the process. Destroying an unfinished writer leaves the file at its last flush.
+/// Where several inputs take sound in real time, their mix is recorded along with them, for
+/// `MovieServices::useReadyMix`.
 class MovieWriter {
 public:
     enum class Status { Unknown, Writing, Completed, Failed };

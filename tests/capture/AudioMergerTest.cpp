@@ -83,6 +83,14 @@ TEST_F(AudioMergerTest, CopiesVideoAndMixesAllSound)
     EXPECT_EQ(files.read(url), "") << "now the written file";
 }
 
+TEST_F(AudioMergerTest, PrefersTheMixThatIsReady)
+{
+    const QUrl url = addMovie("a.mp4", 2);
+    movies.mixed = {url};
+    merge(url);
+    EXPECT_TRUE(movies.mixed.empty() && movies.writers.empty());
+}
+
 TEST_F(AudioMergerTest, KeepsTheContainerAndNeedsNoVideo)
 {
     merge(addMovie("a.mov", 2, 0));

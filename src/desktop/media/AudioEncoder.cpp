@@ -49,7 +49,13 @@ void AudioEncoder::open(bool realTime, PacketSink sink)
 
     m_parameters = makeCodecParameters();
     checked(avcodec_parameters_from_context(m_parameters.get(), m_codec.get()), kSoundFailure);
-    m_parameters->initial_padding = 0; // see encodeNext()
+    m_parameters->initial_padding = 0; // the priming does not count as a part of the track: see passOn()
+}
+
+bool AudioEncoder::shareSound(SoundSink sink)
+{
+    m_listener = std::move(sink);
+    return true;
 }
 
 bool AudioEncoder::accepts(const MediaSample &sample) const
@@ -99,14 +105,20 @@ void AudioEncoder::encodeNext(int frames)
             plane[i] = m_interleaved[i * channels + channel];
         }
     }
-    encodeFrame(*m_codec, frame.get(), [this](PacketPtr packet) {
-        // The encoder primes itself with a packet that lies before the start. Fragmented files have no
-        // sure way to hide it, so it is left out: the sound stays in its place everywhere, and its first
-        // 21 ms rise from silence.
-        if (packet->pts >= 0) {
-            m_sink(std::move(packet));
-        }
-    });
+    if (m_listener) {
+        m_listener(m_interleaved, m_timeline.format());
+    }
+    encodeFrame(*m_codec, frame.get(), [this](PacketPtr packet) { passOn(std::move(packet)); });
+}
+
+/// The encoder's first packet lies before the start. Without it a decoder lets the first 21 ms rise from
+/// silence.
+void AudioEncoder::passOn(PacketPtr packet)
+{
+    if (packet->pts < 0) {
+        packet->flags |= AV_PKT_FLAG_DISCARD;
+    }
+    m_sink(std::move(packet));
 }
 
 void AudioEncoder::finish()
@@ -116,7 +128,7 @@ void AudioEncoder::finish()
     if (m_timeline.available() > 0) {
         encodeNext(static_cast<int>(m_timeline.available()));
     }
-    encodeFrame(*m_codec, nullptr, m_sink);
+    encodeFrame(*m_codec, nullptr, [this](PacketPtr packet) { passOn(std::move(packet)); });
 }
 
 } // namespace zivra::desktop

@@ -13,6 +13,7 @@ public:
     void open(bool realTime, PacketSink sink) override;
     [[nodiscard]] const AVCodecParameters &parameters() const override { return *m_parameters; }
     [[nodiscard]] AVRational timeBase() const override { return {1, m_rate}; }
+    bool shareSound(SoundSink sink) override;
     [[nodiscard]] bool accepts(const MediaSample &sample) const override;
     void encode(const MediaSample &sample, MediaTime time) override;
     [[nodiscard]] bool hasContent() const override { return m_timeline.hasSound(); }
@@ -22,6 +23,7 @@ public:
 private:
     void encodeWholeFrames();
     void encodeNext(int frames);
+    void passOn(PacketPtr packet);
 
     const AudioSettings m_settings;
     const int m_rate; ///< frames a second
@@ -30,6 +32,7 @@ private:
     CodecContextPtr m_codec;
     CodecParametersPtr m_parameters;
     PacketSink m_sink;
+    SoundSink m_listener;
 };
 
 } // namespace zivra::desktop

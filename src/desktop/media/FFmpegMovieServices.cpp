@@ -97,4 +97,9 @@ QFuture<bool> FFmpegMovieServices::completeInterrupted(const QUrl &url)
     return runOn<bool>(m_threads, [url] { return makePlainMovie(fileUrl(url).toLocalFile()); });
 }
 
+QFuture<bool> FFmpegMovieServices::useReadyMix(const QUrl &url)
+{
+    return runOn<bool>(m_threads, [url] { return desktop::useReadyMix(fileUrl(url).toLocalFile()); });
+}
+
 } // namespace zivra::desktop

@@ -19,6 +19,7 @@ public:
                                                   const MediaTimeRange &range, const QUrl &url,
                                                   MovieFileType type) override;
     [[nodiscard]] QFuture<bool> completeInterrupted(const QUrl &url) override;
+    [[nodiscard]] QFuture<bool> useReadyMix(const QUrl &url) override;
 
 private:
     QThreadPool m_threads;

@@ -2,6 +2,7 @@
 
 #include "desktop/media/FileSink.h"
 #include "desktop/media/OutputFile.h"
+#include "desktop/media/TrackHeader.h"
 
 #include <algorithm>
 
@@ -21,10 +22,17 @@ constexpr MediaTime kStillPictureDuration = MediaTime::fromMilliseconds(1);
 /// A flush passes over a waiting packet that is younger: the next one, and so its true duration, is due.
 constexpr std::chrono::milliseconds kDueTime{50};
 
+/// As libavformat numbers its tracks.
+std::uint32_t identifierOf(int track)
+{
+    return static_cast<std::uint32_t>(track) + 1;
+}
+
 } // namespace
 
 FragmentMuxer::FragmentMuxer(FileSink &sink, MovieFileType type)
     : m_sink(sink),
+      m_type(type),
       m_context(makeOutput(sink, type))
 {
 }
@@ -40,6 +48,15 @@ int FragmentMuxer::addTrack(const AVCodecParameters &parameters, AVRational time
     return static_cast<int>(m_tracks.size()) - 1;
 }
 
+void FragmentMuxer::addMix(const AVCodecParameters &parameters, AVRational timeBase)
+{
+    // Its place in the movie is that of the first sound track.
+    const auto sound = std::ranges::find(m_tracks, false, &Track::showsPictures);
+    const auto header = makeTrackHeader(parameters, timeBase, m_type,
+                                        identifierOf(static_cast<int>(sound - m_tracks.begin())));
+    m_sidePackets.add(SideKind::Header, kMixTrack, header, 0);
+}
+
 void FragmentMuxer::start()
 {
     // The index goes out with the first flush, when it is known where each track starts.
@@ -52,6 +69,10 @@ void FragmentMuxer::start()
 void FragmentMuxer::write(int number, PacketPtr packet)
 {
     auto &track = m_tracks.at(static_cast<std::size_t>(number));
+    if ((packet->flags & AV_PKT_FLAG_DISCARD) != 0) {
+        writeBeside(identifierOf(number), *packet);
+        return;
+    }
     track.empty = false;
     m_unflushedSize += packet->size;
     packet->stream_index = number;
@@ -64,6 +85,19 @@ void FragmentMuxer::write(int number, PacketPtr packet)
     } else {
         mux(track, std::move(packet));
     }
+}
+
+void FragmentMuxer::writeMix(const AVPacket &packet)
+{
+    writeBeside(kMixTrack, packet);
+}
+
+void FragmentMuxer::writeBeside(std::uint32_t track, const AVPacket &packet)
+{
+    const auto kind = (packet.flags & AV_PKT_FLAG_DISCARD) != 0 ? SideKind::Priming : SideKind::Samples;
+    m_sidePackets.add(kind, track, std::span(packet.data, static_cast<std::size_t>(packet.size)),
+                      packet.duration);
+    m_unflushedSize += packet.size;
 }
 
 void FragmentMuxer::releaseWaiting(Track &track, std::int64_t duration)
@@ -100,9 +134,16 @@ void FragmentMuxer::flush()
     }
     const bool anything = std::any_of(m_tracks.begin(), m_tracks.end(),
                                       [](const Track &track) { return !track.startsFragment; });
-    if (!anything) {
-        return;
+    if (anything) {
+        flushFragment();
     }
+    if (m_hasFragment) {
+        flushSidePackets();
+    }
+}
+
+void FragmentMuxer::flushFragment()
+{
     if (!m_hasFragment) {
         av_write_frame(m_context.get(), nullptr); // the index alone
     }
@@ -112,6 +153,16 @@ void FragmentMuxer::flush()
     m_hasFragment = m_sink.committedSize() > 0;
     for (auto &track : m_tracks) {
         track.startsFragment = true;
+    }
+}
+
+/// After the fragment, which must not be lost where these find no room any more.
+void FragmentMuxer::flushSidePackets()
+{
+    const auto boxes = m_sidePackets.takeBoxes();
+    if (!boxes.empty()) {
+        avio_write(m_sink.io(), boxes.data(), static_cast<int>(boxes.size()));
+        m_sink.commit();
     }
 }
 

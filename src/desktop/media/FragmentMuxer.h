@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desktop/media/FFmpegHandles.h"
+#include "desktop/media/SidePackets.h"
 #include "platform/MovieWriter.h"
 
 #include <chrono>
@@ -21,13 +22,18 @@ public:
     /// `timeBase` is that of the packets to come. Returns the track's number, from 0.
     int addTrack(const AVCodecParameters &parameters, AVRational timeBase,
                  const std::optional<TrackTransform> &transform);
+    /// Makes room beside the tracks for the mix of all sound, AAC, of which there are tracks. After these.
+    void addMix(const AVCodecParameters &parameters, AVRational timeBase);
     /// After the last track.
     void start();
 
     /// Times are in the track's time base, in decoding order. A packet of sound has its duration. A picture
     /// lasts until the next one, whatever duration it comes with (that of a copied one is a guess): it waits
-    /// for that, or for a flush that finds it old enough.
+    /// for that, or for a flush that finds it old enough. What primes the decoder goes beside the fragments:
+    /// they have no sure way to hide it.
     void write(int track, PacketPtr packet);
+    /// A packet of the mix.
+    void writeMix(const AVPacket &packet);
     /// Makes everything written so far a fragment and hands it to the kernel.
     void flush();
     /// The same for the packets that still wait; the file is complete then.
@@ -56,10 +62,15 @@ private:
 
     void releaseWaiting(Track &track, std::int64_t duration);
     void mux(Track &track, PacketPtr packet);
+    void writeBeside(std::uint32_t track, const AVPacket &packet);
+    void flushFragment();
+    void flushSidePackets();
 
     FileSink &m_sink;
+    const MovieFileType m_type;
     OutputContextPtr m_context;
     std::vector<Track> m_tracks;
+    SidePackets m_sidePackets;
     std::int64_t m_unflushedSize = 0;
     bool m_hasFragment = false;
 };

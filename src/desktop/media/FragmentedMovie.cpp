@@ -1,11 +1,11 @@
 #include "desktop/media/FragmentedMovie.h"
 
+#include "desktop/media/FileBoxes.h"
 #include "desktop/media/MovieBoxes.h"
+#include "desktop/media/SidePackets.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <array>
+#include <algorithm>
+#include <utility>
 
 namespace zivra::desktop {
 
@@ -14,13 +14,6 @@ namespace {
 /// More than any index or head of a fragment of ours takes.
 constexpr std::int64_t kMaxBoxSize = 64 << 20; // bytes
 
-/// A box of the file's top level.
-struct FileBox {
-    std::uint32_t name;
-    std::int64_t offset;
-    std::int64_t size;
-};
-
 /// What a sample is like when the fragment does not say.
 struct SampleDefaults {
     std::uint32_t duration = 0;
@@ -28,44 +21,9 @@ struct SampleDefaults {
     std::uint32_t flags = 0;
 };
 
-std::optional<FileBox> boxAt(int file, std::int64_t offset, std::int64_t fileSize)
-{
-    std::array<std::uint8_t, 16> head{};
-    if (pread(file, head.data(), head.size(), offset) < 8) {
-        return std::nullopt;
-    }
-    BoxReader reader(head);
-    std::int64_t size = reader.u32();
-    const std::uint32_t name = reader.u32();
-    if (size == 1) {
-        size = static_cast<std::int64_t>(reader.number(8));
-    }
-    const bool isWhole = size >= 8 && size <= fileSize - offset;
-    return isWhole ? std::optional(FileBox{name, offset, size}) : std::nullopt;
-}
-
-std::vector<FileBox> topLevelBoxes(int file)
-{
-    struct stat status {};
-    std::vector<FileBox> boxes;
-    if (fstat(file, &status) != 0) {
-        return boxes;
-    }
-    for (std::int64_t offset = 0; const auto box = boxAt(file, offset, status.st_size);) {
-        boxes.push_back(*box);
-        offset += box->size;
-    }
-    return boxes;
-}
-
 std::vector<std::uint8_t> contentOf(int file, const FileBox &box)
 {
-    if (box.size > kMaxBoxSize) {
-        return {};
-    }
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(box.size));
-    const auto got = pread(file, bytes.data(), bytes.size(), box.offset);
-    return got == box.size ? bytes : std::vector<std::uint8_t>();
+    return box.size <= kMaxBoxSize ? bytesAt(file, box.offset, box.size) : std::vector<std::uint8_t>();
 }
 
 std::map<std::uint32_t, SampleDefaults> readDefaults(std::span<const std::uint8_t> extension)
@@ -152,8 +110,12 @@ private:
             }
             sampleFlags = index == 0 && hasFirstFlags ? firstFlags : sampleFlags;
             constexpr std::uint32_t kIsNoKeyFrame = 0x10000;
-            m_samples->push_back(
-                {offset, size, m_time, m_time + delay, duration, (sampleFlags & kIsNoKeyFrame) == 0});
+            m_samples->push_back({.offset = offset,
+                                  .size = size,
+                                  .decodingTime = m_time,
+                                  .presentationTime = m_time + delay,
+                                  .duration = duration,
+                                  .isKeyFrame = (sampleFlags & kIsNoKeyFrame) == 0});
             offset += size;
             m_time += duration;
         }
@@ -168,38 +130,103 @@ private:
     std::int64_t m_time = 0;
 };
 
+/// Reads box after box of a file.
+class FileReader {
+public:
+    explicit FileReader(int file) : m_file(file) {}
+
+    std::optional<FragmentedMovie> read()
+    {
+        const auto boxes = topLevelBoxes(m_file);
+        const auto index = std::ranges::find(boxes, boxName("moov"), &FileBox::name);
+        if (index == boxes.end() || !readIndex(*index)) {
+            return std::nullopt;
+        }
+        for (auto box = index + 1; box != boxes.end(); ++box) {
+            if (box->name == boxName("moof")) {
+                // The media that belongs to it follows; without it the fragment is not whole.
+                if (box + 1 == boxes.end() || (box + 1)->name != boxName("mdat")) {
+                    break;
+                }
+                readFragment(*box);
+            } else if (const auto side = readSideBox(m_file, *box)) {
+                addSide(*side);
+            }
+        }
+        for (const auto &[track, samples] : m_priming) {
+            prime(m_movie.tracks[track], samples);
+        }
+        return std::move(m_movie);
+    }
+
+private:
+    /// False for that of a movie without fragments.
+    bool readIndex(const FileBox &box)
+    {
+        m_movie.indexOffset = box.offset;
+        m_movie.index = contentOf(m_file, box);
+        const auto moov = findBox(m_movie.index, box.name);
+        const auto extension = moov ? findBox(moov->content, boxName("mvex")) : std::nullopt;
+        m_defaults = readDefaults(extension ? extension->content : std::span<const std::uint8_t>());
+        return extension.has_value();
+    }
+
+    void readFragment(const FileBox &box)
+    {
+        const auto bytes = contentOf(m_file, box);
+        const auto fragment = findBox(bytes, box.name);
+        for (const Box &part : boxesIn(fragment ? fragment->content : std::span<const std::uint8_t>())) {
+            if (part.name == boxName("traf")) {
+                TrackFragment(m_movie, m_defaults, box.offset).read(part.content);
+            }
+        }
+    }
+
+    void addSide(const SideBox &side)
+    {
+        if (side.kind == SideKind::Header && !side.packets.empty()) {
+            m_movie.mixHeader = bytesAt(m_file, side.packets[0].offset, side.packets[0].size);
+        } else if (side.kind == SideKind::Priming) {
+            auto &priming = m_priming[side.track];
+            priming.insert(priming.end(), side.packets.begin(), side.packets.end());
+        } else if (side.kind == SideKind::Samples) {
+            auto &samples = m_movie.tracks[side.track];
+            for (IndexedSample packet : side.packets) {
+                packet.decodingTime =
+                    samples.empty() ? 0 : samples.back().decodingTime + samples.back().duration;
+                packet.presentationTime = packet.decodingTime;
+                samples.push_back(packet);
+            }
+        }
+    }
+
+    /// Puts the priming in front of the first sample.
+    static void prime(std::vector<IndexedSample> &samples, std::vector<IndexedSample> priming)
+    {
+        if (samples.empty()) {
+            return;
+        }
+        std::int64_t time = samples.front().decodingTime;
+        for (auto packet = priming.rbegin(); packet != priming.rend(); ++packet) {
+            time -= packet->duration;
+            packet->decodingTime = time;
+            packet->presentationTime = time;
+            packet->isPriming = true;
+        }
+        samples.insert(samples.begin(), priming.begin(), priming.end());
+    }
+
+    const int m_file;
+    FragmentedMovie m_movie;
+    std::map<std::uint32_t, SampleDefaults> m_defaults;
+    std::map<std::uint32_t, std::vector<IndexedSample>> m_priming;
+};
+
 } // namespace
 
 std::optional<FragmentedMovie> readFragmentedMovie(int fileDescriptor)
 {
-    std::optional<FragmentedMovie> movie;
-    std::map<std::uint32_t, SampleDefaults> defaults;
-    const auto boxes = topLevelBoxes(fileDescriptor);
-    for (std::size_t index = 0; index < boxes.size(); ++index) {
-        const FileBox &box = boxes[index];
-        if (box.name == boxName("moov") && !movie) {
-            movie = FragmentedMovie{box.offset, contentOf(fileDescriptor, box), {}};
-            const auto moov = findBox(movie->index, box.name);
-            const auto extension = moov ? findBox(moov->content, boxName("mvex")) : std::nullopt;
-            if (!extension) {
-                return std::nullopt;
-            }
-            defaults = readDefaults(extension->content);
-        } else if (box.name == boxName("moof") && movie) {
-            // The media that belongs to it follows; without it the fragment is not whole.
-            if (index + 1 == boxes.size() || boxes[index + 1].name != boxName("mdat")) {
-                break;
-            }
-            const auto bytes = contentOf(fileDescriptor, box);
-            const auto fragment = findBox(bytes, box.name);
-            for (const Box &part : boxesIn(fragment ? fragment->content : std::span<const std::uint8_t>())) {
-                if (part.name == boxName("traf")) {
-                    TrackFragment(*movie, defaults, box.offset).read(part.content);
-                }
-            }
-        }
-    }
-    return movie;
+    return FileReader(fileDescriptor).read();
 }
 
 } // namespace zivra::desktop

@@ -7,15 +7,21 @@
 
 namespace zivra::desktop {
 
-OutputContextPtr makeOutput(const FileSink &sink, MovieFileType type)
+OutputContextPtr makeOutput(MovieFileType type)
 {
     AVFormatContext *context = nullptr;
     const char *format = type == MovieFileType::QuickTime ? "mov" : "mp4";
     checked(avformat_alloc_output_context2(&context, nullptr, format, nullptr),
             QStringLiteral("The movie can’t be written"));
     OutputContextPtr output(context);
-    output->pb = sink.io();
     output->flags |= AVFMT_FLAG_CUSTOM_IO;
+    return output;
+}
+
+OutputContextPtr makeOutput(const FileSink &sink, MovieFileType type)
+{
+    auto output = makeOutput(type);
+    output->pb = sink.io();
     return output;
 }
 

@@ -7,6 +7,8 @@ namespace zivra::desktop {
 
 class FileSink;
 
+/// A muxer that is still to be told where to write to; throws `PlatformError`.
+OutputContextPtr makeOutput(MovieFileType type);
 /// A muxer that writes to `sink`, which must outlive it; throws `PlatformError`.
 OutputContextPtr makeOutput(const FileSink &sink, MovieFileType type);
 

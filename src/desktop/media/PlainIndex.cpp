@@ -2,6 +2,7 @@
 
 #include "desktop/media/MovieBoxes.h"
 #include "desktop/media/SampleTable.h"
+#include "desktop/media/SidePackets.h"
 
 #include <algorithm>
 #include <functional>
@@ -59,30 +60,34 @@ std::optional<Box> findPath(const Box &box, std::initializer_list<const char *> 
     return found;
 }
 
-/// A track of the index, with the samples that the fragments have of it.
+/// 0 for a box that has none.
+std::uint32_t identifierOf(const Box &track)
+{
+    const auto header = findPath(track, {"tkhd"});
+    if (!header) {
+        return 0;
+    }
+    BoxReader reader(header->content);
+    reader.skip(4 + 2 * HeaderLayout(*header).timeSize());
+    return reader.u32();
+}
+
+/// A track of the index with its samples.
 class PlainTrack {
 public:
-    PlainTrack(const Box &track, const FragmentedMovie &movie, std::uint32_t fragmentedScale) : m_box(track)
+    /// `header` is the track's box in the fragmented movie, whose time scale `fragmentedScale` is.
+    PlainTrack(const Box &header, const std::vector<IndexedSample> &samples, std::uint32_t fragmentedScale)
+        : m_box(header),
+          m_table(samples)
     {
-        const auto header = findPath(track, {"tkhd"});
-        const auto mediaHeader = findPath(track, {"mdia", "mdhd"});
-        if (!header || !mediaHeader) {
-            return;
-        }
-        BoxReader reader(header->content);
-        reader.skip(4 + 2 * HeaderLayout(*header).timeSize());
-        const auto samples = movie.tracks.find(reader.u32());
-        if (samples == movie.tracks.end() || samples->second.empty()) {
-            return;
-        }
-        m_scale = std::max(1U, timeScaleOf(*mediaHeader));
-        m_table = SampleTable(samples->second);
+        const auto mediaHeader = findPath(header, {"mdia", "mdhd"});
+        m_scale = std::max(1U, mediaHeader ? timeScaleOf(*mediaHeader) : 1U);
         m_start = startOf(fragmentedScale);
     }
 
-    [[nodiscard]] bool isEmpty() const { return !m_table; }
+    [[nodiscard]] bool isSound() const { return findPath(m_box, {"mdia", "minf", "smhd"}).has_value(); }
     /// Where its last sample ends, in ticks of the movie's timeline.
-    [[nodiscard]] std::uint64_t duration() const { return m_start + toMovie(m_table->shownDuration()); }
+    [[nodiscard]] std::uint64_t duration() const { return m_start + toMovie(m_table.shownDuration()); }
 
     void write(BoxWriter &writer) const
     {
@@ -129,7 +134,7 @@ private:
 
     void writeEdits(BoxWriter &writer) const
     {
-        const std::int64_t mediaStart = m_table->firstPresentation();
+        const std::int64_t mediaStart = m_table.firstPresentation();
         if (m_start == 0 && mediaStart == 0) {
             return;
         }
@@ -143,7 +148,7 @@ private:
                     writer.number(~std::uint64_t{0}, 8);
                     writer.u32(kNormalRate);
                 }
-                writer.number(toMovie(m_table->shownDuration()), 8);
+                writer.number(toMovie(m_table.shownDuration()), 8);
                 writer.number(static_cast<std::uint64_t>(mediaStart), 8);
                 writer.u32(kNormalRate);
             });
@@ -158,7 +163,7 @@ private:
                     constexpr std::size_t kTimeScale = 4;
                     writeHeader(
                         writer, part, kTimeScale, [&](auto bytes) { writer.copy(bytes); },
-                        static_cast<std::uint64_t>(m_table->mediaDuration()));
+                        static_cast<std::uint64_t>(m_table.mediaDuration()));
                 } else if (part.name == boxName("minf")) {
                     writeMediaInformation(writer, part);
                 } else {
@@ -180,57 +185,104 @@ private:
                     if (const auto descriptions = findBox(part.content, boxName("stsd"))) {
                         writer.copy(descriptions->all);
                     }
-                    m_table->write(writer);
+                    m_table.write(writer);
                 });
             }
         });
     }
 
     Box m_box;
+    SampleTable m_table;
     std::uint32_t m_scale = 1;
-    std::optional<SampleTable> m_table;
     std::uint64_t m_start = 0; ///< in ticks of the movie's timeline
+};
+
+/// An index of a fragmented movie, and the tracks of the ordinary one.
+class PlainMovieIndex {
+public:
+    explicit PlainMovieIndex(const FragmentedMovie &movie)
+        : m_movie(movie),
+          m_box(findBox(movie.index, boxName("moov")).value_or(Box())),
+          m_header(findBox(m_box.content, boxName("mvhd")).value_or(Box()))
+    {
+        for (const Box &part : boxesIn(m_box.content)) {
+            if (part.name == boxName("trak")) {
+                addTrack(part, identifierOf(part));
+            }
+        }
+    }
+
+    /// Puts the mix in the place of all other sound; false when there is none of that length.
+    bool replaceSoundByMix()
+    {
+        constexpr std::uint64_t kMaxMissing = kMovieScale / 20;
+        std::uint64_t soundDuration = 0;
+        for (const PlainTrack &track : m_tracks) {
+            soundDuration = std::max(soundDuration, track.isSound() ? track.duration() : 0);
+        }
+        std::erase_if(m_tracks, [](const PlainTrack &track) { return track.isSound(); });
+        const auto header = findBox(m_movie.mixHeader, boxName("trak"));
+        return header && addTrack(*header, kMixTrack) &&
+               m_tracks.back().duration() + kMaxMissing >= soundDuration;
+    }
+
+    [[nodiscard]] std::vector<std::uint8_t> bytes() const
+    {
+        BoxWriter writer;
+        if (!m_tracks.empty()) {
+            write(writer);
+        }
+        return writer.bytes();
+    }
+
+private:
+    /// False when it has no sample.
+    bool addTrack(const Box &header, std::uint32_t identifier)
+    {
+        const auto samples = m_movie.tracks.find(identifier);
+        if (samples == m_movie.tracks.end() || samples->second.empty()) {
+            return false;
+        }
+        m_tracks.emplace_back(header, samples->second, timeScaleOf(m_header));
+        return true;
+    }
+
+    void write(BoxWriter &writer) const
+    {
+        const auto longest = std::ranges::max_element(m_tracks, {}, &PlainTrack::duration);
+        writer.box(m_box.name, [&] {
+            constexpr std::size_t kTimeScale = 4;
+            writeHeader(
+                writer, m_header, kTimeScale, [&](auto) { writer.u32(kMovieScale); }, longest->duration());
+            for (const PlainTrack &track : m_tracks) {
+                track.write(writer);
+            }
+            for (const Box &part : boxesIn(m_box.content)) {
+                const bool isDone = part.name == boxName("mvhd") || part.name == boxName("trak");
+                if (!isDone && part.name != boxName("mvex")) {
+                    writer.copy(part.all);
+                }
+            }
+        });
+    }
+
+    const FragmentedMovie &m_movie;
+    const Box m_box;
+    const Box m_header;
+    std::vector<PlainTrack> m_tracks;
 };
 
 } // namespace
 
 std::vector<std::uint8_t> plainIndex(const FragmentedMovie &movie)
 {
-    const auto index = findBox(movie.index, boxName("moov"));
-    const auto header = index ? findBox(index->content, boxName("mvhd")) : std::nullopt;
-    if (!header) {
-        return {};
-    }
-    std::vector<PlainTrack> tracks;
-    std::uint64_t duration = 0;
-    for (const Box &part : boxesIn(index->content)) {
-        if (part.name == boxName("trak")) {
-            PlainTrack track(part, movie, timeScaleOf(*header));
-            if (!track.isEmpty()) {
-                duration = std::max(duration, track.duration());
-                tracks.push_back(std::move(track));
-            }
-        }
-    }
-    if (tracks.empty()) {
-        return {};
-    }
-    BoxWriter writer;
-    writer.box(index->name, [&] {
-        constexpr std::size_t kTimeScale = 4;
-        writeHeader(
-            writer, *header, kTimeScale, [&](auto) { writer.u32(kMovieScale); }, duration);
-        for (const PlainTrack &track : tracks) {
-            track.write(writer);
-        }
-        for (const Box &part : boxesIn(index->content)) {
-            const bool isDone = part.name == boxName("mvhd") || part.name == boxName("trak");
-            if (!isDone && part.name != boxName("mvex")) {
-                writer.copy(part.all);
-            }
-        }
-    });
-    return writer.bytes();
+    return PlainMovieIndex(movie).bytes();
+}
+
+std::vector<std::uint8_t> mixedIndex(const FragmentedMovie &movie)
+{
+    PlainMovieIndex index(movie);
+    return index.replaceSoundByMix() ? index.bytes() : std::vector<std::uint8_t>();
 }
 
 } // namespace zivra::desktop

@@ -13,4 +13,7 @@ namespace zivra::desktop {
 /// Empty when there is no sample.
 [[nodiscard]] std::vector<std::uint8_t> plainIndex(const FragmentedMovie &movie);
 
+/// The same with the mix as the only sound. Also empty when the movie has no mix as long as its sound.
+[[nodiscard]] std::vector<std::uint8_t> mixedIndex(const FragmentedMovie &movie);
+
 } // namespace zivra::desktop

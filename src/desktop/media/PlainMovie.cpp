@@ -1,5 +1,6 @@
 #include "desktop/media/PlainMovie.h"
 
+#include "desktop/media/FileBoxes.h"
 #include "desktop/media/FragmentedMovie.h"
 #include "desktop/media/MovieBoxes.h"
 #include "desktop/media/PlainIndex.h"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <tuple>
 #include <vector>
 
 namespace zivra::desktop {
@@ -75,7 +77,12 @@ bool makePlainMovie(const QString &path)
     if (index.empty()) {
         return false;
     }
-    if (!file.write(index, end)) {
+    BoxWriter trailer;
+    trailer.copy(index);
+    if (const auto mixed = mixedIndex(*movie); !mixed.empty()) {
+        trailer.box(boxName("free"), [&] { trailer.copy(mixed); }); // see useReadyMix()
+    }
+    if (!file.write(trailer.bytes(), end)) {
         static_cast<void>(ftruncate(file.descriptor(), end));
         return false;
     }
@@ -84,6 +91,38 @@ bool makePlainMovie(const QString &path)
     media.u32(boxName("mdat"));
     media.number(static_cast<std::uint64_t>(end - movie->indexOffset), 8);
     return file.write(media.bytes(), movie->indexOffset);
+}
+
+bool useReadyMix(const QString &path)
+{
+    const OpenFile file(path);
+    if (!file.lock()) {
+        return false;
+    }
+    const auto boxes = topLevelBoxes(file.descriptor());
+    if (boxes.size() < 3 || boxes.back().end() != file.size()) {
+        return false;
+    }
+    const auto [media, index, unused] = std::tie(*(boxes.end() - 3), *(boxes.end() - 2), *(boxes.end() - 1));
+    const auto mixed = boxAt(file.descriptor(), unused.offset + unused.headerSize, unused.end());
+    const bool isReady = media.name == boxName("mdat") && media.headerSize == 16 &&
+                         index.name == boxName("moov") && unused.name == boxName("free") && mixed &&
+                         mixed->name == boxName("moov") && mixed->end() == unused.end();
+    if (!isReady) {
+        return false;
+    }
+    // The media ends where the other index starts, so that the first one lies within.
+    const auto writeMediaSize = [&](std::int64_t size) {
+        constexpr std::int64_t kSizeOffset = 8;
+        BoxWriter writer;
+        writer.number(static_cast<std::uint64_t>(size), 8);
+        return file.write(writer.bytes(), media.offset + kSizeOffset);
+    };
+    if (!writeMediaSize(mixed->offset - media.offset)) {
+        writeMediaSize(media.size);
+        return false;
+    }
+    return true;
 }
 
 } // namespace zivra::desktop

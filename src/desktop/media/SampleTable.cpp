@@ -55,7 +55,10 @@ void SampleTable::useExactTimes()
 
 std::int64_t SampleTable::firstPresentation() const
 {
-    const auto first = std::ranges::min_element(m_samples, {}, &IndexedSample::presentationTime);
+    const auto shown = [](const IndexedSample &sample) {
+        return std::pair(sample.isPriming, sample.presentationTime);
+    };
+    const auto first = std::ranges::min_element(m_samples, {}, shown);
     return first->presentationTime - m_samples.front().decodingTime;
 }
 

@@ -16,9 +16,10 @@ public:
     /// At least one, in the order of decoding.
     explicit SampleTable(std::vector<IndexedSample> samples);
 
-    /// When the first picture shows on the track's own timeline, which starts where decoding does.
+    /// When the first picture shows, or the first sound is heard, on the track's own timeline, which starts
+    /// where decoding does.
     [[nodiscard]] std::int64_t firstPresentation() const;
-    /// From the first picture to the end of the last.
+    /// From there to the end of the last.
     [[nodiscard]] std::int64_t shownDuration() const;
     /// The sum of all durations.
     [[nodiscard]] std::int64_t mediaDuration() const;

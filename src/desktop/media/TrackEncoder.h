@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 
 namespace zivra::desktop {
 
@@ -12,8 +13,11 @@ namespace zivra::desktop {
 /// caller; after that `encode` and what follows run on the writer's thread alone. Throws `PlatformError`.
 class TrackEncoder {
 public:
-    /// Takes the packets in decoding order, in `timeBase()`. No duration: until the next packet.
+    /// Takes the packets in decoding order, in `timeBase()`. No duration: until the next packet. Those that
+    /// only prime the decoder, before the first sample that is heard, have AV_PKT_FLAG_DISCARD.
     using PacketSink = std::function<void(PacketPtr)>;
+    /// Takes interleaved sound, from the movie's start on without a break.
+    using SoundSink = std::function<void(std::span<const float>, const AudioFormat &)>;
 
     virtual ~TrackEncoder() = default;
 
@@ -21,6 +25,9 @@ public:
     [[nodiscard]] virtual const AVCodecParameters &parameters() const = 0;
     [[nodiscard]] virtual AVRational timeBase() const = 0;
     [[nodiscard]] virtual std::optional<TrackTransform> transform() const { return std::nullopt; }
+
+    /// Lets `sink` hear everything that is encoded from now on; false when there is no sound to hear.
+    virtual bool shareSound(SoundSink) { return false; }
 
     /// May be called from any thread.
     [[nodiscard]] virtual bool accepts(const MediaSample &sample) const = 0;

@@ -15,7 +15,7 @@ constexpr std::chrono::seconds kFlushInterval{1};
 constexpr std::int64_t kMaxUnflushedSize = 8 << 20; // bytes
 /// Sound that stays away for longer will hardly come any more. Silence takes its place bit by bit: all of it
 /// at once, after an hour, would keep everything else waiting.
-constexpr MediaTime kMaxSoundDelay = MediaTime::fromSeconds(30);
+constexpr MediaTime kMaxSoundDelay = MediaTime::fromSeconds(10);
 /// Enough silence for every encoder to give out a packet.
 constexpr MediaTime kOpeningSilence = MediaTime::fromMilliseconds(100);
 
@@ -47,7 +47,39 @@ void WriterWorker::openTracks()
         });
         m_muxer.addTrack(track.parameters(), track.timeBase(), track.transform());
     }
+    openMix();
     m_muxer.start();
+}
+
+/// Several sounds of a live take will have to become one, and then somebody waits for it: they are mixed as
+/// they come.
+void WriterWorker::openMix()
+{
+    std::vector<TrackEncoder *> sounds;
+    for (std::size_t i = 0; i < m_tracks.size(); ++i) {
+        if (m_tracks[i]->parameters().codec_type == AVMEDIA_TYPE_AUDIO) {
+            sounds.push_back(m_tracks[i].get());
+            if (!m_intake.isRealTime(i)) {
+                return;
+            }
+        }
+    }
+    if (sounds.size() < 2) {
+        return;
+    }
+    auto mix =
+        std::make_unique<LiveMix>(sounds.size(), [this](PacketPtr packet) { m_muxer.writeMix(*packet); });
+    for (std::size_t i = 0; i < sounds.size(); ++i) {
+        const bool isHeard = sounds[i]->shareSound(
+            [mix = mix.get(), i](std::span<const float> samples, const AudioFormat &format) {
+                mix->add(i, samples, format);
+            });
+        if (!isHeard) {
+            return;
+        }
+    }
+    m_muxer.addMix(mix->parameters(), mix->timeBase());
+    m_mix = std::move(mix);
 }
 
 bool WriterWorker::run()
@@ -157,6 +189,9 @@ void WriterWorker::complete()
         }
         for (const auto &track : m_tracks) {
             track->finish();
+        }
+        if (m_mix) {
+            m_mix->finish();
         }
         m_muxer.finish();
     });

@@ -2,6 +2,7 @@
 
 #include "desktop/media/FileSink.h"
 #include "desktop/media/FragmentMuxer.h"
+#include "desktop/media/LiveMix.h"
 #include "desktop/media/SampleIntake.h"
 #include "desktop/media/TrackEncoder.h"
 
@@ -39,6 +40,7 @@ private:
     using Clock = SampleIntake::Clock;
 
     void openTracks();
+    void openMix();
     void process(const SampleIntake::Sample &taken);
     void flushIfDue();
     void fillMissingSound();
@@ -57,6 +59,7 @@ private:
     MediaTime m_sessionStart;
     FileSink m_sink;
     FragmentMuxer m_muxer;
+    std::unique_ptr<LiveMix> m_mix; ///< null: there is nothing to mix
     Clock::time_point m_nextFlush;
     bool m_started = false; ///< a sample has come
     bool m_interrupted = false;

@@ -27,15 +27,17 @@ struct MovieReaderTest : testing::Test {
     const MovieFolder folder;
     FFmpegMovieServices services;
 
-    /// `seconds` of numbered pictures, about 30 a second, and the given sounds, each in a track of its own.
+    /// `seconds` of numbered pictures, about 30 a second, and the given sounds, each in a track of its own;
+    /// in real time no more than 2 seconds of each.
     void write(const QUrl &url, MovieFileType type, double seconds,
-               const std::vector<std::vector<MediaSample>> &sounds)
+               const std::vector<std::vector<MediaSample>> &sounds, bool realTimeSound = false)
     {
         const auto writer = services.makeWriter(url, type);
         auto &video = writer->addVideoInput(videoSettings());
         std::vector<MovieWriterInput *> audio;
         for (std::size_t i = 0; i < sounds.size(); ++i) {
-            audio.push_back(&writer->addAudioInput({}));
+            audio.push_back(&writer->addAudioInput({.sampleRate = i == 0 ? 48000.0 : 44100.0}));
+            audio.back()->setExpectsMediaDataInRealTime(realTimeSound);
         }
         ASSERT_TRUE(writer->startWriting()) << errorText(writer->error()).toStdString();
         writer->startSession(kSessionStart);
@@ -71,7 +73,9 @@ TEST_F(MovieReaderTest, MergesSoundTracksInTheirPlacesAndKeepsThePicture)
     const SoundOptions click{.format = {44100, 1}, .clicks = {1.5, 2.75}};
     write(folder.url("two.mp4"), MovieFileType::Mpeg4, 3,
           {{soundBlock(0, 1, tone), soundBlock(1.4, 0.4, click)},
-           {soundBlock(0.3, 0.7, tone), soundBlock(2.5, 0.4, click)}});
+           {soundBlock(0.3, 0.7, tone), soundBlock(2.5, 0.4, click)}},
+          true);
+    ASSERT_TRUE(QFile::copy(folder.url("two.mp4").toLocalFile(), folder.url("mix.mp4").toLocalFile()));
 
     const auto asset = open(folder.url("two.mp4"));
     const auto video = asset->tracks(MediaType::Video);
@@ -95,19 +99,27 @@ TEST_F(MovieReaderTest, MergesSoundTracksInTheirPlacesAndKeepsThePicture)
     EXPECT_EQ(reader->status(), MovieReader::Status::Completed) << errorText(reader->error()).toStdString();
     ASSERT_EQ(writer->status(), MovieWriter::Status::Completed) << errorText(writer->error()).toStdString();
 
+    EXPECT_TRUE(services.useReadyMix(folder.url("mix.mp4")).result());
+    EXPECT_FALSE(services.useReadyMix(folder.url("mix.mp4")).result()) << "it is used";
+    EXPECT_FALSE(services.useReadyMix(folder.url("one.mov")).result()) << "it has none";
+
     const MovieProbe source(folder.url("two.mp4"));
-    const MovieProbe probe(folder.url("one.mov"));
+    EXPECT_EQ(source.sounds.size(), 2U);
     EXPECT_EQ(open(folder.url("one.mov"))->tracks(MediaType::Video).at(0).preferredTransform, kUpsideDown);
-    ASSERT_EQ(probe.pictures.size(), 90U);
-    for (std::size_t i = 0; i < 90; ++i) {
-        EXPECT_DOUBLE_EQ(probe.pictures[i].time, source.pictures[i].time);
+    for (const auto *name : {"one.mov", "mix.mp4"}) {
+        const MovieProbe probe(folder.url(name));
+        EXPECT_EQ(probe.duration, source.duration);
+        ASSERT_EQ(probe.pictures.size(), 90U);
+        for (std::size_t i = 0; i < 90; ++i) {
+            EXPECT_DOUBLE_EQ(probe.pictures[i].time, source.pictures[i].time);
+        }
+        ASSERT_EQ(probe.sounds.size(), 1U);
+        const auto start = probe.sounds[0].samples.begin();
+        const auto loudest = *std::max_element(start, start + 40000);
+        EXPECT_GT(loudest, 0.9) << "both together";
+        EXPECT_LT(loudest, 1.05) << "too loud for full scale";
+        probe.sounds[0].expectClicks({1.5, 2.75}, 1.2);
     }
-    ASSERT_EQ(probe.sounds.size(), 1U);
-    const auto start = probe.sounds[0].samples.begin();
-    const auto loudest = *std::max_element(start, start + 40000);
-    EXPECT_GT(loudest, 0.9) << "both together";
-    EXPECT_LT(loudest, 1.05) << "too loud for full scale";
-    probe.sounds[0].expectClicks({1.5, 2.75}, 1.2);
 }
 
 TEST_F(MovieReaderTest, TrimsToTheVeryPictureInSync)
