@@ -26,7 +26,7 @@ public:
 
     /// The quantisers are within these.
     static constexpr int kFinest = 4;
-    static constexpr int kCoarsest = 44;
+    static constexpr int kCoarsest = 50;
 
     RateControl(std::int64_t bitsPerSecond, int keyFrameInterval);
 

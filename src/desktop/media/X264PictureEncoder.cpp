@@ -37,17 +37,6 @@ void setColours(x264_param_t &parameters)
     parameters.vui.i_chroma_loc = AVCHROMA_LOC_CENTER - 1;
 }
 
-/// Every picture's quantiser comes from us. libx264 limits them to what its factors for key and B-frames
-/// span: 20 steps up and down from the constant.
-void takeQuantisersFromOutside(x264_param_t &parameters)
-{
-    constexpr float kWidestFactor = 10;
-    parameters.rc.i_rc_method = X264_RC_CQP;
-    parameters.rc.i_qp_constant = (RateControl::kFinest + RateControl::kCoarsest) / 2;
-    parameters.rc.f_ip_factor = kWidestFactor;
-    parameters.rc.f_pb_factor = kWidestFactor;
-}
-
 x264_param_t encoderParameters(const VideoSettings &settings, AVRational timeBase)
 {
     x264_param_t parameters;
@@ -64,21 +53,23 @@ x264_param_t encoderParameters(const VideoSettings &settings, AVRational timeBas
     parameters.b_sliced_threads = parameters.i_threads > 1 ? 1 : 0;
     parameters.b_repeat_headers = 0;                    // movie files keep them in their index
     parameters.i_keyint_max = X264_KEYINT_MAX_INFINITE; // key frames come from us
-    takeQuantisersFromOutside(parameters);
+    // Not a constant quantiser, which would switch the adaptive quantisation within a picture off. That of
+    // each picture is ours.
+    parameters.rc.i_rc_method = X264_RC_CRF;
     setColours(parameters);
 
-    // Without these two, nothing looks at a smaller copy of each picture, which costs more than it gains
-    // here.
     parameters.i_scenecut_threshold = 0;
-    parameters.analyse.i_weighted_pred = 0;
+    parameters.analyse.i_weighted_pred = 0; // hinders the use of what has not changed
     parameters.analyse.b_mb_info = 1;
-    // Measured on text and photographs that move: where most of a picture is taken over from the one before,
-    // small remainders are worth their bits, and so are a finer search and smaller partitions.
+    // Measured on text and photographs that move. Where most of a picture is taken over from the one before,
+    // small remainders are worth their bits, and smaller partitions more than a search for fractions of a
+    // pixel.
     parameters.analyse.b_dct_decimate = 0;
     parameters.analyse.i_luma_deadzone[0] = 11;
     parameters.analyse.i_luma_deadzone[1] = 8;
-    parameters.analyse.i_subpel_refine = 2;
-    parameters.analyse.inter |= X264_ANALYSE_PSUB16x16;
+    parameters.analyse.i_subpel_refine = 1;
+    parameters.analyse.inter = X264_ANALYSE_PSUB16x16;
+    parameters.analyse.b_transform_8x8 = 0;
     parameters.i_deblocking_filter_alphac0 = 1;
     parameters.i_deblocking_filter_beta = 1;
     return parameters;
