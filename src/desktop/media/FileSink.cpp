@@ -40,7 +40,8 @@ void FileSink::IoDeleter::operator()(AVIOContext *context) const
 }
 
 FileSink::FileSink(const QString &path)
-    : m_descriptor(::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666))
+    : m_descriptor(::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666)),
+      m_sync(m_descriptor)
 {
     if (m_descriptor < 0) {
         throw PlatformError(creationFailureText(path, errno));
@@ -58,6 +59,7 @@ FileSink::FileSink(const QString &path)
 
 FileSink::~FileSink()
 {
+    m_sync.finish();
     if (m_descriptor >= 0) {
         ::close(m_descriptor);
     }
@@ -76,8 +78,10 @@ void FileSink::close()
     if (m_descriptor < 0) {
         return;
     }
-    if (::fdatasync(m_descriptor) != 0 && m_failure == 0) {
-        m_failure = errno;
+    m_sync.request();
+    const int syncFailure = m_sync.finish();
+    if (m_failure == 0) {
+        m_failure = syncFailure;
     }
     if (::close(m_descriptor) != 0 && m_failure == 0) {
         m_failure = errno;

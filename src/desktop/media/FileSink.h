@@ -1,5 +1,7 @@
 #pragma once
 
+#include "desktop/media/DiskSync.h"
+
 #include <QString>
 
 #include <cstdint>
@@ -24,6 +26,8 @@ public:
 
     /// Hands everything buffered to the kernel and, if that went well, calls the file whole up to here.
     void commit();
+    /// Lets what has been handed over get to the disk, and returns at once.
+    void startSync() { m_sync.request(); }
     /// Nothing that is still buffered or comes later reaches the file.
     void discardFurtherData() { m_discarding = true; }
     /// Waits until the file's data is on the disk, and closes the file.
@@ -45,6 +49,7 @@ private:
     void fail(int error);
 
     int m_descriptor = -1;
+    DiskSync m_sync;
     std::unique_ptr<AVIOContext, IoDeleter> m_io;
     std::int64_t m_committed = 0;
     int m_failure = 0;

@@ -139,6 +139,7 @@ void FragmentMuxer::flush()
     }
     if (m_hasFragment) {
         flushSidePackets();
+        m_sink.startSync();
     }
 }
 

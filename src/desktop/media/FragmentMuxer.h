@@ -34,7 +34,7 @@ public:
     void write(int track, PacketPtr packet);
     /// A packet of the mix.
     void writeMix(const AVPacket &packet);
-    /// Makes everything written so far a fragment and hands it to the kernel.
+    /// Makes everything written so far a fragment, hands it to the kernel and lets it get to the disk.
     void flush();
     /// The same for the packets that still wait; the file is complete then.
     void finish();
