@@ -187,6 +187,17 @@ bool FragmentMuxer::hasPackets(int track) const
     return !m_tracks.at(static_cast<std::size_t>(track)).empty;
 }
 
+std::optional<FragmentMuxer::Clock::time_point> FragmentMuxer::waitingSince() const
+{
+    std::optional<Clock::time_point> since;
+    for (const auto &track : m_tracks) {
+        if (track.waiting) {
+            since = std::min(since.value_or(track.waitingSince), track.waitingSince);
+        }
+    }
+    return since;
+}
+
 MediaTime FragmentMuxer::end() const
 {
     MediaTime end = MediaTime::zero();

@@ -17,6 +17,8 @@ class FileSink;
 /// show in the sink; everything else that fails throws `PlatformError`.
 class FragmentMuxer {
 public:
+    using Clock = std::chrono::steady_clock;
+
     FragmentMuxer(FileSink &sink, MovieFileType type);
 
     /// `timeBase` is that of the packets to come. Returns the track's number, from 0.
@@ -40,6 +42,8 @@ public:
     void finish();
 
     [[nodiscard]] bool hasPackets(int track) const;
+    /// Since when the oldest picture waits for the next one, if one does.
+    [[nodiscard]] std::optional<Clock::time_point> waitingSince() const;
     [[nodiscard]] bool hasFragment() const { return m_hasFragment; }
     /// Since the last flush, in bytes.
     [[nodiscard]] std::int64_t unflushedSize() const { return m_unflushedSize; }
@@ -47,8 +51,6 @@ public:
     [[nodiscard]] MediaTime end() const;
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     struct Track {
         AVRational timeBase;
         bool showsPictures;

@@ -12,6 +12,10 @@ namespace zivra::desktop {
 namespace {
 
 constexpr std::chrono::seconds kFlushInterval{1};
+/// A picture that nothing follows is flushed after this time, so that a still screen, of which one comes a
+/// second, is in the file as soon as a moving one; but no more often than this.
+constexpr std::chrono::milliseconds kStillDelay{60};
+constexpr std::chrono::milliseconds kLeastFlushInterval{500};
 constexpr std::int64_t kMaxUnflushedSize = 8 << 20; // bytes
 /// Sound that stays away for longer will hardly come any more. Silence takes its place bit by bit: all of it
 /// at once, after an hour, would keep everything else waiting.
@@ -86,7 +90,7 @@ bool WriterWorker::run()
 {
     m_nextFlush = Clock::now() + kFlushInterval;
     for (;;) {
-        const auto event = m_intake.take(m_nextFlush);
+        const auto event = m_intake.take(std::min(m_nextFlush, stillFlush()));
         if (std::holds_alternative<SampleIntake::Stopped>(event)) {
             m_sink.discardFurtherData();
             return false;
@@ -132,7 +136,8 @@ void WriterWorker::process(const SampleIntake::Sample &taken)
 void WriterWorker::flushIfDue()
 {
     const auto now = Clock::now();
-    if (now >= m_nextFlush) {
+    if (now >= m_nextFlush || now >= stillFlush()) {
+        m_lastFlush = now;
         m_nextFlush = now + kFlushInterval;
         fillMissingSound();
         if (m_muxer.hasFragment() || prepareFirstFlush()) {
@@ -141,6 +146,15 @@ void WriterWorker::flushIfDue()
     } else if (m_muxer.hasFragment() ? m_muxer.unflushedSize() > kMaxUnflushedSize : allTracksHavePackets()) {
         m_muxer.flush();
     }
+}
+
+/// When what nothing has followed so far is to be flushed.
+WriterWorker::Clock::time_point WriterWorker::stillFlush() const
+{
+    const auto since = m_muxer.waitingSince();
+    const bool canFlush = m_muxer.hasFragment() && !m_failed && !m_interrupted;
+    return since && canFlush ? std::max(*since + kStillDelay, m_lastFlush + kLeastFlushInterval)
+                             : Clock::time_point::max();
 }
 
 void WriterWorker::fillMissingSound()

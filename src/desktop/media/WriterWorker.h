@@ -43,6 +43,7 @@ private:
     void openMix();
     void process(const SampleIntake::Sample &taken);
     void flushIfDue();
+    [[nodiscard]] Clock::time_point stillFlush() const;
     void fillMissingSound();
     [[nodiscard]] bool allTracksHavePackets() const;
     [[nodiscard]] bool prepareFirstFlush();
@@ -61,6 +62,7 @@ private:
     FragmentMuxer m_muxer;
     std::unique_ptr<LiveMix> m_mix; ///< null: there is nothing to mix
     Clock::time_point m_nextFlush;
+    Clock::time_point m_lastFlush;
     bool m_started = false; ///< a sample has come
     bool m_interrupted = false;
     bool m_failed = false;
