@@ -40,17 +40,18 @@ SampleTable::SampleTable(std::vector<IndexedSample> samples) : m_samples(std::mo
 /// have such where a picture stayed longer than could be known when it was written.
 void SampleTable::useExactTimes()
 {
+    const std::int64_t end = m_samples.back().decodingTime + m_samples.back().duration;
     const bool isInOrder =
         std::ranges::is_sorted(m_samples, std::less_equal(), &IndexedSample::presentationTime);
     for (IndexedSample &sample : m_samples) {
         sample.decodingTime = isInOrder ? sample.presentationTime : sample.decodingTime;
     }
-    const IndexedSample last = m_samples.back();
     for (std::size_t index = 0; index + 1 < m_samples.size(); ++index) {
         m_samples[index].duration =
             static_cast<std::uint32_t>(m_samples[index + 1].decodingTime - m_samples[index].decodingTime);
     }
-    m_samples.back().duration = std::max(1U, last.duration);
+    IndexedSample &last = m_samples.back();
+    last.duration = static_cast<std::uint32_t>(std::max<std::int64_t>(1, end - last.decodingTime));
 }
 
 std::int64_t SampleTable::firstPresentation() const
