@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <tuple>
 #include <vector>
 
 namespace zivra::desktop {
@@ -103,7 +102,9 @@ bool useReadyMix(const QString &path)
     if (boxes.size() < 3 || boxes.back().end() != file.size()) {
         return false;
     }
-    const auto [media, index, unused] = std::tie(*(boxes.end() - 3), *(boxes.end() - 2), *(boxes.end() - 1));
+    const FileBox media = *(boxes.end() - 3);
+    const FileBox index = *(boxes.end() - 2);
+    const FileBox unused = *(boxes.end() - 1);
     const auto mixed = boxAt(file.descriptor(), unused.offset + unused.headerSize, unused.end());
     const bool isReady = media.name == boxName("mdat") && media.headerSize == 16 &&
                          index.name == boxName("moov") && unused.name == boxName("free") && mixed &&

@@ -29,8 +29,9 @@ void SidePackets::add(SideKind kind, std::uint32_t track, std::span<const std::u
 std::vector<std::uint8_t> SidePackets::takeBoxes()
 {
     BoxWriter writer;
-    for (const auto &[key, content] : std::exchange(m_contents, {})) {
+    for (const auto &each : std::exchange(m_contents, {})) {
         writer.box(boxName("uuid"), [&] {
+            const auto &[key, content] = each;
             writer.copy(kType);
             writer.u32(static_cast<std::uint32_t>(key.first));
             writer.u32(key.second);
