@@ -71,7 +71,7 @@ class Film:
 
     def overlay_faults(self):
         """How many frames show the overlays' bar, and how many lack a part of the sheet's stroke."""
-        bar = self._cells("crop=400:60:760:980", 20, 3)
+        bar = self._cells("crop=1920:160:0:920", 96, 8)
         stroke = self._cells("crop=400:20:100:600", 20, 1)
         shows_bar = [any(red > 200 and blue > 200 and green < 60 for red, green, blue in frame) for frame in bar]
         has_stroke = [all(green > 200 and red < 60 and blue < 60 for red, green, blue in frame) for frame in stroke]

@@ -105,7 +105,7 @@ distinct ones in the movie, *dropped* those shown during the take and missing in
 frames spread over the movie with the true ones of their numbers. `ffmpeg-veryfast` and `ffmpeg-superfast` are
 `ffmpeg -f x11grab -framerate 30 -c:v libx264 -preset PRESET -b:v 9331200 -g 60`, which encodes the colours in full
 resolution (4:4:4); with `-yuv420p` they are told `-pix_fmt yuv420p`, what Zivra makes and every player shows."""
-        overlays = f"""In `{stage.OVERLAYS}` a compositor runs, Zivra leaves out an opaque bar and keeps a transparent
+        overlays = f"""In `{stage.OVERLAYS}` a compositor runs, Zivra leaves out an opaque bar that is dragged about and keeps a transparent
 sheet with a stroke; ffmpeg records both. SSIM is that of the part beside them. Of Zivra's {self.overlay_frames} frames
 there, """
         overlays += "; ".join(self.overlay_faults) or "none shows the bar, and all show the stroke"

@@ -35,7 +35,7 @@ class Stage:
     @property
     def compared_area(self):
         """A filter for the part of the picture that no overlay touches."""
-        return "crop=1280:960:640:0" if self.has_overlays else "null"
+        return "crop=1280:900:640:0" if self.has_overlays else "null"
 
     def __enter__(self):
         return self

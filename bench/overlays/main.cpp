@@ -1,9 +1,11 @@
-// Two windows above all others, as a recorder has them: a bar that a recording is to leave out and a
-// transparent sheet with a stroke that it is to show. Prints the bar's number and stays until ended.
+// Two windows above all others, as a recorder has them: a bar that a recording is to leave out, dragged to
+// and fro all the time, and a transparent sheet with a stroke that it is to show. Prints the bar's number and
+// stays until ended.
 
 #include <xcb/xcb.h>
 
 #include <array>
+#include <cmath>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -63,6 +65,20 @@ void drawStroke(xcb_connection_t *c, xcb_window_t sheet)
     xcb_poly_fill_rectangle(c, sheet, gc, 1, &stroke);
 }
 
+/// Along the lower edge of the screen, 60 times a second, until one of the signals comes.
+void drag(xcb_connection_t *c, xcb_window_t bar, const sigset_t &ends)
+{
+    constexpr std::timespec kStep{0, 1'000'000'000 / 60};
+    for (int step = 0; sigtimedwait(&ends, nullptr, &kStep) < 0; ++step) {
+        const double angle = step / 20.0;
+        const std::array<std::uint32_t, 2> place{
+            static_cast<std::uint32_t>(kBar.x + std::lround(700 * std::sin(angle))),
+            static_cast<std::uint32_t>(kBar.y + std::lround(30 * std::cos(3 * angle)))};
+        xcb_configure_window(c, bar, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, place.data());
+        xcb_flush(c);
+    }
+}
+
 } // namespace
 
 int main()
@@ -87,7 +103,6 @@ int main()
     xcb_flush(c);
     std::printf("%u\n", bar);
     std::fflush(stdout);
-    int received = 0;
-    sigwait(&ends, &received);
+    drag(c, bar, ends);
     return 0;
 }
