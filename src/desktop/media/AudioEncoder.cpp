@@ -16,6 +16,8 @@ namespace {
 constexpr int kFrameSize = 1024; // of AAC
 /// Real sources jitter by this much; what is more is a gap.
 constexpr double kTolerance = 0.010; // seconds
+/// Noise takes the bit rate that is asked for, everything else less.
+constexpr int kQuality = FF_QP2LAMBDA * 3 / 2;
 const auto kSoundFailure = QStringLiteral("The sound can’t be encoded");
 
 } // namespace
@@ -42,8 +44,12 @@ void AudioEncoder::open(bool realTime, PacketSink sink)
     m_codec->time_base = timeBase();
     m_codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     if (!realTime) {
-        // Several times faster at 3 dB less: where nobody paces the sound, somebody waits for it.
+        // Several times faster at 3 dB less: where nobody paces the sound, somebody waits for it. At a
+        // constant quality each frame is encoded once; at a constant rate up to six times, which for clear
+        // tones is four times slower.
         checked(av_opt_set(m_codec->priv_data, "aac_coder", "fast", 0), kSoundFailure);
+        m_codec->flags |= AV_CODEC_FLAG_QSCALE;
+        m_codec->global_quality = kQuality;
     }
     checked(avcodec_open2(m_codec.get(), encoder, nullptr), kSoundFailure);
 

@@ -3,6 +3,7 @@
 #include "desktop/media/MovieFile.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <new>
 
@@ -109,9 +110,17 @@ void TrackDecoder::addFrame()
 {
     const AudioFormat format{.sampleRate = static_cast<double>(m_frame->sample_rate),
                              .channels = m_frame->ch_layout.nb_channels};
-    const auto time = timeFrom(m_frame->best_effort_timestamp, m_input->streams[m_track]->time_base);
+    const auto timeBase = m_input->streams[m_track]->time_base;
+    const auto time = timeFrom(m_frame->best_effort_timestamp, timeBase);
     const AVRational target{1, static_cast<int>(m_timeline.format().sampleRate)};
-    m_timeline.add(interleaved(*m_frame), format, time.isValid() ? ticksFrom(time, target) : 0);
+    auto samples = interleaved(*m_frame);
+    // The last frame is longer than what is left of the sound: the file tells how long that is.
+    const auto length = timeFrom(m_frame->pkt_duration, timeBase).seconds();
+    const auto surplus = m_frame->nb_samples - std::llround(length * format.sampleRate);
+    if (length > 0 && static_cast<double>(surplus) > kTolerance * format.sampleRate) {
+        samples.resize(samples.size() - static_cast<std::size_t>(surplus * format.channels));
+    }
+    m_timeline.add(samples, format, time.isValid() ? ticksFrom(time, target) : 0);
 }
 
 void TrackDecoder::addTo(std::span<float> sum)
