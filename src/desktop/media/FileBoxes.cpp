@@ -5,16 +5,40 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
+#include <algorithm>
 
 namespace zivra::desktop {
 
-std::optional<FileBox> boxAt(int fileDescriptor, std::int64_t offset, std::int64_t fileSize)
+namespace {
+/// The head of a fragment of ours and the header behind it.
+constexpr std::int64_t kWindowSize = 4096; // bytes
+} // namespace
+
+FileView::FileView(int fileDescriptor) : m_descriptor(fileDescriptor)
 {
-    std::array<std::uint8_t, 16> head{};
-    if (pread(fileDescriptor, head.data(), head.size(), offset) < 8) {
-        return std::nullopt;
+    struct stat status {};
+    m_fileSize = fstat(fileDescriptor, &status) == 0 ? status.st_size : 0;
+}
+
+std::vector<std::uint8_t> FileView::bytes(std::int64_t offset, std::int64_t size)
+{
+    const auto end = [this] { return m_start + static_cast<std::int64_t>(m_window.size()); };
+    if (offset < m_start || offset + size > end()) {
+        m_start = offset;
+        m_window.resize(static_cast<std::size_t>(std::max(size, kWindowSize)));
+        const auto got = pread(m_descriptor, m_window.data(), m_window.size(), offset);
+        m_window.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
     }
+    if (offset + size > end()) {
+        return {};
+    }
+    const auto first = m_window.begin() + (offset - m_start);
+    return {first, first + size};
+}
+
+std::optional<FileBox> FileView::box(std::int64_t offset)
+{
+    const auto head = bytes(offset, std::clamp<std::int64_t>(m_fileSize - offset, 0, 16));
     BoxReader reader(head);
     FileBox box{.offset = offset};
     box.size = reader.u32();
@@ -23,29 +47,18 @@ std::optional<FileBox> boxAt(int fileDescriptor, std::int64_t offset, std::int64
         box.size = static_cast<std::int64_t>(reader.number(8));
         box.headerSize = 16;
     }
-    const bool isWhole = box.size >= box.headerSize && box.size <= fileSize - offset;
-    return isWhole ? std::optional(box) : std::nullopt;
+    const bool isWhole = box.size >= box.headerSize && box.size <= m_fileSize - offset;
+    return reader.isWhole() && isWhole ? std::optional(box) : std::nullopt;
 }
 
-std::vector<FileBox> topLevelBoxes(int fileDescriptor)
+std::vector<FileBox> topLevelBoxes(FileView &file)
 {
-    struct stat status {};
     std::vector<FileBox> boxes;
-    if (fstat(fileDescriptor, &status) != 0) {
-        return boxes;
-    }
-    for (std::int64_t offset = 0; const auto box = boxAt(fileDescriptor, offset, status.st_size);) {
+    for (std::int64_t offset = 0; const auto box = file.box(offset);) {
         boxes.push_back(*box);
         offset = box->end();
     }
     return boxes;
-}
-
-std::vector<std::uint8_t> bytesAt(int fileDescriptor, std::int64_t offset, std::int64_t size)
-{
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
-    const auto got = pread(fileDescriptor, bytes.data(), bytes.size(), offset);
-    return got == size ? bytes : std::vector<std::uint8_t>();
 }
 
 } // namespace zivra::desktop

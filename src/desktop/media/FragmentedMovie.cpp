@@ -21,11 +21,6 @@ struct SampleDefaults {
     std::uint32_t flags = 0;
 };
 
-std::vector<std::uint8_t> contentOf(int file, const FileBox &box)
-{
-    return box.size <= kMaxBoxSize ? bytesAt(file, box.offset, box.size) : std::vector<std::uint8_t>();
-}
-
 std::map<std::uint32_t, SampleDefaults> readDefaults(std::span<const std::uint8_t> extension)
 {
     std::map<std::uint32_t, SampleDefaults> defaults;
@@ -137,15 +132,18 @@ public:
 
     std::optional<FragmentedMovie> read()
     {
-        const auto boxes = topLevelBoxes(m_file);
-        const auto index = std::ranges::find(boxes, boxName("moov"), &FileBox::name);
-        if (index == boxes.end() || !readIndex(*index)) {
+        std::optional<FileBox> box = m_file.box(0);
+        while (box && box->name != boxName("moov")) {
+            box = m_file.box(box->end());
+        }
+        if (!box || !readIndex(*box)) {
             return std::nullopt;
         }
-        for (auto box = index + 1; box != boxes.end(); ++box) {
+        for (box = m_file.box(box->end()); box; box = m_file.box(box->end())) {
             if (box->name == boxName("moof")) {
                 // The media that belongs to it follows; without it the fragment is not whole.
-                if (box + 1 == boxes.end() || (box + 1)->name != boxName("mdat")) {
+                const auto media = m_file.box(box->end());
+                if (!media || media->name != boxName("mdat")) {
                     break;
                 }
                 readFragment(*box);
@@ -160,11 +158,16 @@ public:
     }
 
 private:
+    std::vector<std::uint8_t> contentOf(const FileBox &box)
+    {
+        return box.size <= kMaxBoxSize ? m_file.bytes(box.offset, box.size) : std::vector<std::uint8_t>();
+    }
+
     /// False for that of a movie without fragments.
     bool readIndex(const FileBox &box)
     {
         m_movie.indexOffset = box.offset;
-        m_movie.index = contentOf(m_file, box);
+        m_movie.index = contentOf(box);
         const auto moov = findBox(m_movie.index, box.name);
         const auto extension = moov ? findBox(moov->content, boxName("mvex")) : std::nullopt;
         m_defaults = readDefaults(extension ? extension->content : std::span<const std::uint8_t>());
@@ -173,7 +176,7 @@ private:
 
     void readFragment(const FileBox &box)
     {
-        const auto bytes = contentOf(m_file, box);
+        const auto bytes = contentOf(box);
         const auto fragment = findBox(bytes, box.name);
         for (const Box &part : boxesIn(fragment ? fragment->content : std::span<const std::uint8_t>())) {
             if (part.name == boxName("traf")) {
@@ -185,7 +188,7 @@ private:
     void addSide(const SideBox &side)
     {
         if (side.kind == SideKind::Header && !side.packets.empty()) {
-            m_movie.mixHeader = bytesAt(m_file, side.packets[0].offset, side.packets[0].size);
+            m_movie.mixHeader = m_file.bytes(side.packets[0].offset, side.packets[0].size);
         } else if (side.kind == SideKind::Priming) {
             auto &priming = m_priming[side.track];
             priming.insert(priming.end(), side.packets.begin(), side.packets.end());
@@ -216,7 +219,7 @@ private:
         samples.insert(samples.begin(), priming.begin(), priming.end());
     }
 
-    const int m_file;
+    FileView m_file;
     FragmentedMovie m_movie;
     std::map<std::uint32_t, SampleDefaults> m_defaults;
     std::map<std::uint32_t, std::vector<IndexedSample>> m_priming;

@@ -98,14 +98,15 @@ bool useReadyMix(const QString &path)
     if (!file.lock()) {
         return false;
     }
-    const auto boxes = topLevelBoxes(file.descriptor());
-    if (boxes.size() < 3 || boxes.back().end() != file.size()) {
+    FileView view(file.descriptor());
+    const auto boxes = topLevelBoxes(view);
+    if (boxes.size() < 3 || boxes.back().end() != view.fileSize()) {
         return false;
     }
     const FileBox media = *(boxes.end() - 3);
     const FileBox index = *(boxes.end() - 2);
     const FileBox unused = *(boxes.end() - 1);
-    const auto mixed = boxAt(file.descriptor(), unused.offset + unused.headerSize, unused.end());
+    const auto mixed = view.box(unused.offset + unused.headerSize);
     const bool isReady = media.name == boxName("mdat") && media.headerSize == 16 &&
                          index.name == boxName("moov") && unused.name == boxName("free") && mixed &&
                          mixed->name == boxName("moov") && mixed->end() == unused.end();

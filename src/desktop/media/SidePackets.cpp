@@ -46,13 +46,13 @@ std::vector<std::uint8_t> SidePackets::takeBoxes()
     return writer.bytes();
 }
 
-std::optional<SideBox> readSideBox(int fileDescriptor, const FileBox &box)
+std::optional<SideBox> readSideBox(FileView &file, const FileBox &box)
 {
     const std::int64_t start = box.offset + box.headerSize;
     if (box.name != boxName("uuid") || box.end() - start < kHeadSize) {
         return std::nullopt;
     }
-    const auto head = bytesAt(fileDescriptor, start, kHeadSize);
+    const auto head = file.bytes(start, kHeadSize);
     if (head.empty() || !std::equal(kType.begin(), kType.end(), head.begin())) {
         return std::nullopt;
     }
@@ -64,7 +64,7 @@ std::optional<SideBox> readSideBox(int fileDescriptor, const FileBox &box)
     if (offset > box.end()) {
         return std::nullopt;
     }
-    const auto table = bytesAt(fileDescriptor, start + kHeadSize, tableSize);
+    const auto table = file.bytes(start + kHeadSize, tableSize);
     BoxReader entries(table);
     for (std::size_t index = 0; index < table.size() / kEntrySize; ++index) {
         IndexedSample packet{.offset = offset, .size = entries.u32(), .duration = entries.u32()};

@@ -12,6 +12,7 @@
 namespace zivra::desktop {
 
 struct FileBox;
+class FileView;
 
 /// What stands in a movie file beside its tracks, for the index that is written at the end: until then no
 /// player knows of it. It lies in boxes of a type of our own (`uuid`; ISO/IEC 14496-12, 4.2 and 11.1), each
@@ -58,6 +59,6 @@ struct SideBox {
 };
 
 /// Reads the list of its packets, not the packets; absent when it is a box of another type.
-[[nodiscard]] std::optional<SideBox> readSideBox(int fileDescriptor, const FileBox &box);
+[[nodiscard]] std::optional<SideBox> readSideBox(FileView &file, const FileBox &box);
 
 } // namespace zivra::desktop
