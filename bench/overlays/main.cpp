@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <ctime>
 #include <memory>
 
 namespace {
@@ -68,7 +69,7 @@ void drawStroke(xcb_connection_t *c, xcb_window_t sheet)
 /// Along the lower edge of the screen, 60 times a second, until one of the signals comes.
 void drag(xcb_connection_t *c, xcb_window_t bar, const sigset_t &ends)
 {
-    constexpr std::timespec kStep{0, 1'000'000'000 / 60};
+    constexpr timespec kStep{0, 1'000'000'000 / 60};
     for (int step = 0; sigtimedwait(&ends, nullptr, &kStep) < 0; ++step) {
         const double angle = step / 20.0;
         const std::array<std::uint32_t, 2> place{
