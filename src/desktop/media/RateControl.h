@@ -7,12 +7,11 @@ namespace zivra::desktop {
 /// Chooses the quantisers of an H.264 stream of screen content, one picture at a time and without looking
 /// ahead, so that
 /// - what stands still keeps the quality it once got and costs nothing more: key frames, and every half
-/// second
-///   a refreshing picture, are coded finer than those in between, by more where much of a picture is
-///   taken over from the one before;
+///   second a refreshing picture, are coded finer than those in between, by more where much of a picture
+///   is taken over from the one before;
 /// - a picture without a change refines what is still coarse, once, when there are bits for it;
 /// - the average stays within the bit rate. Bits that a still screen leaves over are not saved up for more
-///   than `kCredit`: the rate of what moves stays bounded.
+///   than a second: the rate of what moves stays bounded.
 ///
 /// The model: the bits of a picture halve with every 6 steps of the quantiser, as its step size doubles with
 /// them (ITU-T H.264, 8.5.8). What it gets wrong is made up for by the bits spent so far.
