@@ -10,7 +10,7 @@
 namespace zivra {
 
 /// Our secrets in the user's vault, each under a name of its own. Main thread only; operations take effect
-/// in the order of the calls, and none is lost when the keychain ends.
+/// in the order of the calls.
 class Keychain {
 public:
     struct Answer {

@@ -12,7 +12,7 @@ struct SecretAnswer {
     enum class Outcome { Found, None, Unavailable };
 
     Outcome outcome = Outcome::Unavailable;
-    QByteArray value; ///< of a secret that was found
+    QByteArray value; ///< of a secret that was found; what we have written is UTF-8
 
     friend bool operator==(const SecretAnswer &, const SecretAnswer &) = default;
 };
@@ -26,7 +26,7 @@ public:
 
     /// The vault may ask the user to unlock it first, which takes as long as the user does.
     [[nodiscard]] virtual QFuture<SecretAnswer> read(const QString &service, const QString &account) = 0;
-    /// Takes the place of an earlier value. Whether the vault has stored it.
+    /// The value is UTF-8 and takes the place of an earlier one. Whether the vault has stored it.
     virtual QFuture<bool> write(const QString &service, const QString &account, const QByteArray &value) = 0;
     /// Whether the vault holds nothing there any more.
     virtual QFuture<bool> remove(const QString &service, const QString &account) = 0;
