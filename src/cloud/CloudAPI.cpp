@@ -66,7 +66,7 @@ std::optional<QString> validationMessage(const QJsonValue &errors)
         return std::nullopt;
     }
     const QJsonObject fields = errors.toObject();
-    for (const QJsonValue &messages : fields) {
+    for (const QJsonValue messages : fields) {
         const QJsonArray all = messages.toArray();
         const bool areStrings =
             std::all_of(all.begin(), all.end(), [](const QJsonValue &each) { return each.isString(); });
@@ -120,7 +120,7 @@ QCoro::Task<QByteArray> CloudAPI::send(CloudRequest request, std::optional<QByte
 std::optional<QString> CloudAPI::message(const QByteArray &body)
 {
     const QJsonObject object = QJsonDocument::fromJson(body).object();
-    if (const auto text = validationMessage(object[QLatin1String("errors")])) {
+    if (auto text = validationMessage(object[QLatin1String("errors")])) {
         return text;
     }
     const QJsonValue message = object[QLatin1String("message")];
@@ -131,7 +131,7 @@ QNetworkAccessManager &sharedNetwork()
 {
     static QPointer<QNetworkAccessManager> manager;
     if (!manager) {
-        manager = new QNetworkAccessManager(QCoreApplication::instance());
+        manager = std::make_unique<QNetworkAccessManager>(QCoreApplication::instance()).release();
     }
     return *manager;
 }
