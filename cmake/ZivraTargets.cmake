@@ -27,17 +27,18 @@ function(zivra_library)
 endfunction()
 
 # A test program for one folder of src/, run by CTest. PRIVATE_DESKTOP runs it in a display, sound server and
-# session bus of its own (scripts/private-desktop), with options for that script.
+# session bus of its own (scripts/private-desktop), with options for that script; WRAPPER is a command that runs it.
 #
-#   zivra_test(name SOURCES file... LINKS library... [TIMEOUT seconds] [PRIVATE_DESKTOP [option...]])
+#   zivra_test(name SOURCES file... LINKS library... [TIMEOUT seconds]
+#              [PRIVATE_DESKTOP [option...] | WRAPPER program [argument...]])
 function(zivra_test name)
-  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS;PRIVATE_DESKTOP" ${ARGN})
+  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS;PRIVATE_DESKTOP;WRAPPER" ${ARGN})
   if(NOT TARGET zivra_${name}_test)
     add_executable(zivra_${name}_test ${ARG_SOURCES})
     target_include_directories(zivra_${name}_test PRIVATE "${CMAKE_SOURCE_DIR}/tests")
     target_link_libraries(zivra_${name}_test PRIVATE ${ARG_LINKS} GTest::gtest)
   endif()
-  set(command zivra_${name}_test)
+  set(command ${ARG_WRAPPER} "$<TARGET_FILE:zivra_${name}_test>")
   set(qt_platform offscreen)
   if("PRIVATE_DESKTOP" IN_LIST ARGN)
     set(command "${CMAKE_SOURCE_DIR}/scripts/private-desktop" ${ARG_PRIVATE_DESKTOP} -- "$<TARGET_FILE:zivra_${name}_test>")
