@@ -2,6 +2,9 @@
 
 #include "platform/MovieWriter.h"
 
+#include <QByteArray>
+#include <QSize>
+
 #include <vector>
 
 namespace zivra {
@@ -12,6 +15,7 @@ struct MovieTrack {
     MediaType type = MediaType::Video;
     std::vector<std::shared_ptr<const TrackFormat>> formats;
     std::optional<TrackTransform> preferredTransform; ///< absent: none is stored
+    QSize naturalSize;                                ///< of a video track, in pixels, not yet transformed
 };
 
 /// A movie file opened for its facts. Immutable, may be used from any thread.
@@ -72,6 +76,11 @@ public:
     [[nodiscard]] virtual QFuture<void> exportPassthrough(std::shared_ptr<const MovieAsset> asset,
                                                           const MediaTimeRange &range, const QUrl &url,
                                                           MovieFileType type) = 0;
+    /// A JPEG image of what the movie shows at a time (of its last picture where it ends before), upright and
+    /// of no more than that size in pixels; `quality` from 0 to 1. Fails with a `PlatformError`.
+    [[nodiscard]] virtual QFuture<QByteArray> stillJPEG(std::shared_ptr<const MovieAsset> asset,
+                                                        MediaTime time, const QSize &maximum,
+                                                        double quality) = 0;
     /// Completes a movie whose writer died with its process: it becomes like one that was finished. Every
     /// other file is left alone, above all one that is being written. Whether there was something to do.
     [[nodiscard]] virtual QFuture<bool> completeInterrupted(const QUrl &url) = 0;

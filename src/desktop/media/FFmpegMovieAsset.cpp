@@ -52,7 +52,8 @@ FFmpegMovieAsset::FFmpegMovieAsset(const QUrl &url) : m_url(url)
             {.index = static_cast<int>(i),
              .type = *type,
              .formats = {std::make_shared<EncodedTrackFormat>(*stream.codecpar, stream.time_base)},
-             .preferredTransform = transformOf(stream)});
+             .preferredTransform = transformOf(stream),
+             .naturalSize = {stream.codecpar->width, stream.codecpar->height}});
         if (stream.start_time != AV_NOPTS_VALUE && stream.duration > 0) {
             m_duration =
                 std::max(m_duration, timeFrom(stream.start_time + stream.duration, stream.time_base));

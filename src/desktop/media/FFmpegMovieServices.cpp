@@ -6,6 +6,7 @@
 #include "desktop/media/FFmpegMovieWriter.h"
 #include "desktop/media/PassthroughExporter.h"
 #include "desktop/media/PlainMovie.h"
+#include "desktop/media/StillImage.h"
 #include "platform/PlatformError.h"
 
 #include <QPromise>
@@ -89,6 +90,17 @@ QFuture<void> FFmpegMovieServices::exportPassthrough(std::shared_ptr<const Movie
             throw PlatformError(kNoMovie);
         }
         exportStretch(*asset, range, fileUrl(url).toLocalFile(), type);
+    });
+}
+
+QFuture<QByteArray> FFmpegMovieServices::stillJPEG(std::shared_ptr<const MovieAsset> asset, MediaTime time,
+                                                   const QSize &maximum, double quality)
+{
+    return runOn<QByteArray>(m_threads, [asset = std::move(asset), time, maximum, quality] {
+        if (!asset) {
+            throw PlatformError(kNoMovie);
+        }
+        return desktop::stillJPEG(*asset, time, maximum, quality);
     });
 }
 

@@ -18,6 +18,8 @@ public:
     [[nodiscard]] QFuture<void> exportPassthrough(std::shared_ptr<const MovieAsset> asset,
                                                   const MediaTimeRange &range, const QUrl &url,
                                                   MovieFileType type) override;
+    [[nodiscard]] QFuture<QByteArray> stillJPEG(std::shared_ptr<const MovieAsset> asset, MediaTime time,
+                                                const QSize &maximum, double quality) override;
     [[nodiscard]] QFuture<bool> completeInterrupted(const QUrl &url) override;
     [[nodiscard]] QFuture<bool> useReadyMix(const QUrl &url) override;
 

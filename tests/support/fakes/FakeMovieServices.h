@@ -167,6 +167,11 @@ public:
         }
         return exporting.answer();
     }
+    QFuture<QByteArray> stillJPEG(std::shared_ptr<const MovieAsset>, MediaTime, const QSize &,
+                                  double) override
+    {
+        return QtFuture::makeReadyFuture(QByteArray("picture"));
+    }
     QFuture<bool> completeInterrupted(const QUrl &url) override
     {
         return QtFuture::makeReadyFuture(interrupted.erase(url) > 0);
