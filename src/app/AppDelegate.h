@@ -4,7 +4,7 @@
 #include "capture/Devices.h"
 #include "cloud/CloudAccount.h"
 #include "cloud/CloudNotifier.h"
-#include "cloud/CloudServices.h"
+#include "cloud/CloudUploader.h"
 #include "library/Library.h"
 #include "library/LibraryWindowController.h"
 #include "platform/Platform.h"

@@ -158,11 +158,13 @@ struct Resident {
     UpdateChecker updates{UpdateChecker::standardFeed(), QCoreApplication::applicationVersion(), defaults,
                           notifications};
     AppDelegate delegate;
+    CloudUploader uploader{account, delegate.library().folder(), services.movies};
 
     Resident()
         : delegate(platform, resident, surfaces(),
                    {.libraryWindow = &libraryWindow,
                     .account = &account,
+                    .uploader = &uploader,
                     .notifier = &notifier,
                     .updates = &updates})
     {
