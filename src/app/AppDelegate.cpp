@@ -163,19 +163,31 @@ void AppDelegate::reopen()
 
 void AppDelegate::handOver(const QUrl &movie)
 {
-    const bool upload = m_parts.account != nullptr && m_parts.uploader != nullptr &&
-                        m_parts.account->hasToken() && m_parts.account->autoUpload();
-    if (upload) {
-        m_parts.uploader->upload(movie, [self = QPointer(this)](const QString &link) {
+    copyLinkOrFile(movie);
+    if (m_settings.openLibraryAfterRecording()) {
+        showLibrary(movie);
+    }
+}
+
+QCoro::Task<> AppDelegate::copyLinkOrFile(QUrl movie)
+{
+    const QPointer<AppDelegate> self(this);
+    const bool mayUpload =
+        m_parts.account != nullptr && m_parts.uploader != nullptr && m_parts.account->autoUpload();
+    if (mayUpload) {
+        co_await m_parts.account->ready();
+        if (!self) {
+            co_return;
+        }
+    }
+    if (mayUpload && m_parts.account->isConnected()) {
+        m_parts.uploader->upload(movie, [self](const QString &link) {
             if (self) {
                 self->m_resident.pasteboard.setString(link);
             }
         });
     } else {
         m_resident.pasteboard.setFile(movie);
-    }
-    if (m_settings.openLibraryAfterRecording()) {
-        showLibrary(movie);
     }
 }
 
@@ -233,11 +245,20 @@ void AppDelegate::openURL(const QUrl &url)
         showPanel();
     } else if (host == QLatin1String("connect")) {
         showSettings(SettingsPane::Cloud);
-        if (m_parts.account != nullptr && !m_parts.account->hasToken()) {
-            m_parts.account->connect();
+        if (m_parts.account != nullptr) {
+            connectAccount();
         }
     } else if (host == QLatin1String("settings")) {
         showSettings(settingsPaneNamed(url.path().section(QLatin1Char('/'), 1, 1)));
+    }
+}
+
+QCoro::Task<> AppDelegate::connectAccount()
+{
+    const QPointer<CloudAccount> account(m_parts.account);
+    co_await account->ready();
+    if (account && !account->isConnected()) {
+        account->connect();
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include "app/RecordingCoordinator.h"
 #include "capture/Devices.h"
+#include "cloud/CloudAccount.h"
+#include "cloud/CloudNotifier.h"
 #include "cloud/CloudServices.h"
 #include "library/Library.h"
 #include "library/LibraryWindowController.h"
@@ -12,6 +14,7 @@
 #include "windows/RecorderPanelController.h"
 #include "windows/SettingsWindowController.h"
 
+#include <QCoroTask>
 #include <QList>
 #include <QObject>
 #include <QTimer>
@@ -80,7 +83,11 @@ private:
     void registerHotKeys();
     void run(ShortcutAction action);
     void handOver(const QUrl &movie);
+    /// Waits for the vault first, where the account may be connected.
+    QCoro::Task<> copyLinkOrFile(QUrl movie);
     void openURL(const QUrl &url);
+    /// Starts the sign-in unless the vault has a token.
+    QCoro::Task<> connectAccount();
 
     Platform &m_platform;
     ResidentPlatform &m_resident;

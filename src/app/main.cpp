@@ -6,7 +6,10 @@
 #include "desktop/audio/PulseSoundSourceFactory.h"
 #include "desktop/media/FFmpegMovieServices.h"
 #include "desktop/process/TerminationSignals.h"
+#include "desktop/secrets/KeychainSecretStore.h"
+#include "desktop/session/ComputerName.h"
 #include "desktop/session/ConsoleAlertPresenter.h"
+#include "desktop/session/DBusNotificationCenter.h"
 #include "desktop/session/DesktopFileSystem.h"
 #include "desktop/session/DesktopWorkspace.h"
 #include "desktop/session/DialogAlertPresenter.h"
@@ -148,9 +151,20 @@ struct Resident {
     CountdownController countdown;
     FixedAreaSelector areaSelector{std::nullopt};
     LibraryFolder libraryWindow{services.workspace, [this] { return delegate.library().folder(); }};
+    desktop::KeychainSecretStore secrets;
+    desktop::DBusNotificationCenter notifications;
+    CloudAccount account{{defaults, secrets, services.workspace, alerts, desktop::computerName()}};
+    CloudNotifier notifier{account, defaults, notifications, services.workspace};
+    UpdateChecker updates{UpdateChecker::standardFeed(), QCoreApplication::applicationVersion(), defaults,
+                          notifications};
     AppDelegate delegate;
 
-    Resident() : delegate(platform, resident, surfaces(), {.libraryWindow = &libraryWindow})
+    Resident()
+        : delegate(platform, resident, surfaces(),
+                   {.libraryWindow = &libraryWindow,
+                    .account = &account,
+                    .notifier = &notifier,
+                    .updates = &updates})
     {
         HotKeyCenter::shared().useService(&hotKeys);
         delegate.coordinator().onTakeDied = complain;
@@ -166,7 +180,8 @@ QList<QUrl> urlsFrom(const QStringList &arguments)
 {
     QList<QUrl> urls;
     for (const QString &argument : arguments) {
-        urls.append(QUrl(argument, QUrl::StrictMode));
+        // Tolerant: browsers leave characters of a token as they are that a query should not hold.
+        urls.append(QUrl(argument));
     }
     return urls;
 }

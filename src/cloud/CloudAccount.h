@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cloud/CloudAPI.h"
 #include "cloud/Keychain.h"
 #include "platform/AlertPresenter.h"
 #include "platform/UserDefaults.h"
@@ -9,13 +10,12 @@
 #include <QObject>
 #include <QPromise>
 #include <QString>
+#include <QTimer>
 #include <QUrl>
 
 #include <optional>
 
 namespace zivra {
-
-struct CloudAPI;
 
 /// What the account asks of the desktop; all of it outlives the account.
 struct CloudAccountServices {
@@ -114,16 +114,22 @@ private:
     void setUser(const QString &name, const QString &email);
     void setLastError(const QString &text);
 
+    enum class Vault { Asked, Answered, Unavailable };
+
     CloudAccountServices m_services;
     Keychain m_keychain;
+    Vault m_vault = Vault::Asked;
+    std::optional<QPromise<void>> m_answered; ///< of the vault's last question
+    QTimer m_patience;                        ///< with its answer
     QString m_serverURL;
-    bool m_autoUpload = true;
-    bool m_activityNotifications = true;
+    bool m_autoUpload;
+    bool m_activityNotifications;
     QString m_userName;
     QString m_userEmail;
     QString m_lastError;
     std::optional<QString> m_token;
-    std::optional<QString> m_pendingState; ///< of the sign-in under way in the browser
+    int m_tokenChanges = 0; ///< by the user, in this run
+    QString m_pendingState; ///< of the sign-in under way in the browser; empty without one
     bool m_prompting = false;
 };
 

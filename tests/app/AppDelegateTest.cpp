@@ -1,9 +1,11 @@
 #include "app/AppDelegate.h"
 
 #include "app/FakeSurfaces.h"
+#include "support/fakes/FakeCloudDesktop.h"
 #include "support/fakes/FakeHotKeyService.h"
 
 #include <QRegularExpression>
+#include <QUrlQuery>
 
 #include <gtest/gtest.h>
 
@@ -55,23 +57,13 @@ struct FakeWindows final : LibraryWindowController, SettingsWindowController, Lo
     }
 };
 
-struct FakeCloud final : CloudAccount, CloudUploader, Logging {
+struct FakeUploader final : CloudUploader, Logging {
     using Logging::Logging;
-    bool hasToken() const override { return token; }
-    bool autoUpload() const override { return automatic; }
-    void connect() override { log << "connect"; }
-    bool handleCallback(const QUrl &url) override
-    {
-        log << "callback " + url.query();
-        return true;
-    }
     void upload(const QUrl &file, std::function<void(const QString &)> callback) override
     {
         log << "upload " + file.fileName();
         onLink = std::move(callback);
     }
-    bool token = false;
-    bool automatic = true;
     std::function<void(const QString &)> onLink;
 };
 
@@ -96,7 +88,7 @@ struct AppDelegateTest : testing::Test, FakeWorld {
     {
         delegate = std::make_unique<AppDelegate>(
             platform, resident, surfaces,
-            ApplicationParts{&panel, &windows, &windows, &cloud, &cloud, nullptr, nullptr});
+            ApplicationParts{&panel, &windows, &windows, &account, &uploader, nullptr, nullptr});
         delegate->applicationDidFinishLaunching();
         taken();
     }
@@ -118,7 +110,9 @@ struct AppDelegateTest : testing::Test, FakeWorld {
     ResidentPlatform resident{hotKeys, statusItem, pasteboard};
     FakePanel panel{clock};
     FakeWindows windows{log};
-    FakeCloud cloud{log};
+    FakeSecretStore secrets;
+    CloudAccount account{{defaults, secrets, workspace, alerts, {}}};
+    FakeUploader uploader{log};
     std::unique_ptr<AppDelegate> delegate;
 };
 
@@ -164,27 +158,46 @@ TEST_F(AppDelegateTest, RoutesItsURLsAndDropsTheRest)
     launch();
     EXPECT_EQ(
         open({QUrl("zivra://settings/shortcuts"), QUrl("zivra://settings/"), QUrl("zivra://settings/nowhere"),
-              QUrl("zivra://connect"), QUrl("https://record"), QUrl("zivra:record"), QUrl("zivra://other")}),
-        Log({"settings 3", "settings", "settings", "settings 4", "connect"}));
+              QUrl("https://record"), QUrl("zivra:record"), QUrl("zivra://other")}),
+        Log({"settings 3", "settings", "settings"}));
     EXPECT_FALSE(panel.visible);
-    cloud.token = true;
+    account.setServerURL("http://127.0.0.1:9");
     EXPECT_EQ(open({QUrl("zivra://connect")}), Log({"settings 4"}));
-    EXPECT_EQ(open({QUrl("zivra://auth?token=t&state=s")}), Log({"callback token=t&state=s"}));
+    ASSERT_EQ(workspace.opened.size(), 1);
+    const QString state = QUrlQuery(workspace.opened.first()).queryItemValue("state");
+    open({QUrl("zivra://auth?token=t&state=" + state)});
+    EXPECT_EQ(account.token(), "t");
     EXPECT_TRUE(panel.visible);
     panel.hide();
+    EXPECT_EQ(open({QUrl("zivra://connect")}), Log({"settings 4"}));
+    EXPECT_EQ(workspace.opened.size(), 1) << "connected already";
     open({QUrl("zivra://record")});
     EXPECT_TRUE(panel.visible);
 }
 
-TEST_F(AppDelegateTest, HandsAMovieOverAsFileOrLink)
+TEST_F(AppDelegateTest, HandsAMovieOverAsFileOrLinkOnceTheVaultHasAnswered)
 {
     launch();
     EXPECT_EQ(finishMovie("1.mp4"), Log({"copy file 1.mp4", "library 1.mp4"}));
-    cloud.token = true;
-    EXPECT_EQ(finishMovie("2.mp4"), Log({"upload 2.mp4", "library 2.mp4"})) << "copied when there is a link";
-    cloud.onLink("https://example.org/v/2");
+
+    secrets.available = false; // it is asked again later
+    CloudAccount restarted{{defaults, secrets, workspace, alerts, {}}};
+    delegate = std::make_unique<AppDelegate>(
+        platform, resident, surfaces,
+        ApplicationParts{nullptr, &windows, &windows, &restarted, &uploader, nullptr, nullptr});
+    delegate->applicationDidFinishLaunching();
+    secrets.available = secrets.reading.held = true;
+    secrets.secret = "t";
+    taken();
+    EXPECT_EQ(finishMovie("2.mp4"), Log({"library 2.mp4"})) << "copied when there is a link";
+    open({QUrl("zivra://connect")});
+    secrets.reading.release();
+    settle();
+    EXPECT_EQ(taken(), Log({"upload 2.mp4"}));
+    EXPECT_TRUE(workspace.opened.empty()) << "connected, as the vault says";
+    uploader.onLink("https://example.org/v/2");
     EXPECT_EQ(taken(), Log({"copy https://example.org/v/2"}));
-    cloud.automatic = false;
+    restarted.setAutoUpload(false);
     EXPECT_EQ(finishMovie("3.mp4"), Log({"copy file 3.mp4", "library 3.mp4"}));
 }
 

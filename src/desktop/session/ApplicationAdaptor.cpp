@@ -20,7 +20,8 @@ void ApplicationAdaptor::Open(const QStringList &uris, const QVariantMap & /*pla
 {
     QList<QUrl> urls;
     for (const auto &uri : uris) {
-        const QUrl url(uri, QUrl::StrictMode);
+        // Tolerant: browsers leave characters of a query as they are that it should not hold.
+        const QUrl url(uri);
         if (url.isValid()) {
             urls.append(url);
         }

@@ -54,8 +54,9 @@ public:
 class FakeWorkspace final : public Workspace {
 public:
     std::vector<QString> settingsPanes;
+    QList<QUrl> opened;
 
-    void open(const QUrl &) override {}
+    void open(const QUrl &url) override { opened << url; }
     void openPrivacySettings(const QString &pane) override { settingsPanes.push_back(pane); }
 };
 
