@@ -41,6 +41,9 @@ struct CloudServer::State {
         for (const auto &[name, value] : request.headers) {
             note.headers[name] = value;
         }
+        for (const auto &[name, part] : request.files) {
+            note.body += QByteArray::fromStdString('"' + name + "\"\r\n\r\n" + part.content + "\r\n");
+        }
         return note;
     }
 

@@ -19,7 +19,7 @@ public:
         std::string method;
         std::string path; ///< with the query
         std::map<std::string, std::string> headers;
-        QByteArray body;
+        QByteArray body; ///< of a form: each part's name in quotes, an empty line, its content
     };
     struct Video {
         std::map<int, QByteArray> chunks;
