@@ -10,7 +10,7 @@ namespace zivra {
 
 namespace {
 
-constexpr qsizetype longestToken = 8 * 1024; // bytes
+constexpr qsizetype longestToken = 8192; // bytes
 
 bool isControl(QChar character)
 {

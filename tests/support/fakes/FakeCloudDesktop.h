@@ -20,10 +20,8 @@ public:
     QFuture<SecretAnswer> read(const QString &, const QString &) override
     {
         using Outcome = SecretAnswer::Outcome;
-        if (!available) {
-            return reading.answer({});
-        }
-        return reading.answer({secret ? Outcome::Found : Outcome::None, secret.value_or(QByteArray())});
+        const SecretAnswer answer{secret ? Outcome::Found : Outcome::None, secret.value_or(QByteArray())};
+        return reading.answer(available ? answer : SecretAnswer());
     }
     QFuture<bool> write(const QString &, const QString &, const QByteArray &value) override
     {
@@ -43,11 +41,10 @@ private:
 
 class FakeNotificationCenter final : public NotificationCenter {
 public:
-    bool asked = false;
     std::vector<Notification> shown;
     std::function<void(const QUrl &)> click;
 
-    void requestAuthorization() override { asked = true; }
+    void requestAuthorization() override {}
     void show(const Notification &notification) override { shown.push_back(notification); }
     void setActivationHandler(std::function<void(const QUrl &)> handler) override { click = handler; }
 };
