@@ -15,7 +15,7 @@ constexpr int kRefreshInterval = 15; // pictures
 /// The finest quantisers that make a visible difference, as measured on text and on photographs.
 constexpr double kFinestOrdinary = 7;
 constexpr double kFinestRefresh = 5;
-constexpr double kFinestKey = 3;
+constexpr double kFinestKey = 4;
 /// Nothing is known yet: a middling screen's key frame takes half a second's bits.
 constexpr double kFirstKey = 17;
 constexpr double kFirstOrdinary = 24;

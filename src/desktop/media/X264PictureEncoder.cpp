@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <span>
 #include <thread>
 
 namespace zivra::desktop {
@@ -101,6 +102,11 @@ x264_image_t imageOf(const VideoFrame &picture)
     return image;
 }
 
+std::span<std::uint8_t> bytesOf(AVPacket &packet)
+{
+    return {packet.data, static_cast<std::size_t>(packet.size)};
+}
+
 } // namespace
 
 void X264PictureEncoder::EncoderDeleter::operator()(x264_t *encoder) const
@@ -126,7 +132,7 @@ void X264PictureEncoder::open(bool, PacketSink sink)
     setParameters(makeParameters());
 }
 
-CodecParametersPtr X264PictureEncoder::makeParameters() const
+CodecParametersPtr X264PictureEncoder::makeParameters()
 {
     x264_nal_t *units = nullptr;
     int count = 0;
@@ -151,6 +157,11 @@ CodecParametersPtr X264PictureEncoder::makeParameters() const
         if (units[i].i_type == NAL_SPS || units[i].i_type == NAL_PPS) {
             headers.insert(headers.end(), units[i].p_payload, units[i].p_payload + units[i].i_payload);
         }
+        if (units[i].i_type == NAL_SPS) {
+            constexpr std::size_t kStartCode = 4;
+            m_numbers.emplace(std::span(units[i].p_payload, static_cast<std::size_t>(units[i].i_payload))
+                                  .subspan(kStartCode));
+        }
     }
     parameters->extradata =
         static_cast<std::uint8_t *>(av_mallocz(headers.size() + AV_INPUT_BUFFER_PADDING_SIZE));
@@ -167,16 +178,35 @@ void X264PictureEncoder::encodePicture(const std::shared_ptr<const VideoFrame> &
     const bool isKey = m_untilKey == 0;
     m_untilKey = (isKey ? settings().maxKeyFrameInterval : m_untilKey) - 1;
     m_blocks.note(*picture);
+    const double share = m_blocks.share();
+    const int quantiser = m_rate.quantiser(
+        {.time = av_q2d(kTimeBase) * static_cast<double>(ticks), .isKey = isKey, .changedShare = share});
+    // libx264 skips unchanged macroblocks that are not coarser already than they would be now. After one
+    // picture without a change that is so for all of them, and the next one can serve as the model of the
+    // others.
+    const bool isUnchanged = !isKey && share == 0;
+    const bool isSkipped = isUnchanged && quantiser >= m_coarsest;
+    m_coarsest = isUnchanged ? std::min(m_coarsest, quantiser) : std::numeric_limits<int>::max();
 
+    auto packet = isSkipped && m_skipped ? repeated() : encoded(*picture, ticks, isKey, quantiser);
+    m_skipped.reset(isSkipped && m_numbers->canCopy() ? av_packet_clone(packet.get()) : nullptr);
+    m_rate.noteSize(std::int64_t{packet->size} * 8);
+    packet->pts = ticks;
+    packet->dts = ticks;
+    packet->flags = isKey ? AV_PKT_FLAG_KEY : 0;
+    m_sink(std::move(packet));
+}
+
+PacketPtr X264PictureEncoder::encoded(const VideoFrame &picture, std::int64_t ticks, bool isKey,
+                                      int quantiser)
+{
     x264_picture_t input;
     x264_picture_init(&input);
-    input.img = imageOf(*picture);
+    input.img = imageOf(picture);
     input.i_pts = ticks;
     input.i_type = isKey ? X264_TYPE_IDR : X264_TYPE_P;
     input.prop.mb_info = m_blocks.marks().data();
-    input.i_qpplus1 = 1 + m_rate.quantiser({.time = av_q2d(kTimeBase) * static_cast<double>(ticks),
-                                            .isKey = isKey,
-                                            .changedShare = m_blocks.share()});
+    input.i_qpplus1 = 1 + quantiser;
     x264_picture_t output;
     x264_nal_t *units = nullptr;
     int count = 0;
@@ -184,17 +214,23 @@ void X264PictureEncoder::encodePicture(const std::shared_ptr<const VideoFrame> &
     if (size <= 0) {
         throw PlatformError(kEncodeFailure);
     }
-    m_rate.noteSize(std::int64_t{size} * 8);
-
     auto packet = makePacket();
     if (av_new_packet(packet.get(), size) < 0) {
         throw std::bad_alloc();
     }
     std::memcpy(packet->data, units[0].p_payload, static_cast<std::size_t>(size)); // they follow each other
-    packet->pts = ticks;
-    packet->dts = ticks;
-    packet->flags = isKey ? AV_PKT_FLAG_KEY : 0;
-    m_sink(std::move(packet));
+    m_numbers->correct(bytesOf(*packet), isKey);
+    return packet;
+}
+
+PacketPtr X264PictureEncoder::repeated()
+{
+    auto packet = std::move(m_skipped);
+    if (av_packet_make_writable(packet.get()) < 0) {
+        throw std::bad_alloc();
+    }
+    m_numbers->advance(bytesOf(*packet));
+    return packet;
 }
 
 void X264PictureEncoder::finish()
