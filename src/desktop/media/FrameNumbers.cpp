@@ -95,18 +95,18 @@ void FrameNumbers::add(std::span<std::uint8_t> picture, unsigned count) const
     constexpr std::array<std::uint8_t, 3> kStartCode{0, 0, 1};
     constexpr unsigned kTypeMask = 0x1f;
     constexpr unsigned kSlice = 1;
-    auto unit = std::ranges::search(picture, kStartCode);
-    while (!unit.empty()) {
-        const std::span slice(unit.end(), picture.end());
-        if (!slice.empty() && (slice.front() & kTypeMask) == kSlice) {
-            Bits bits(slice, kHeaderBits);
+    for (auto rest = picture; !rest.empty();) {
+        const auto code = std::search(rest.begin(), rest.end(), kStartCode.begin(), kStartCode.end());
+        rest = rest.subspan(static_cast<std::size_t>(code - rest.begin()));
+        rest = rest.subspan(std::min(rest.size(), kStartCode.size()));
+        if (!rest.empty() && (rest.front() & kTypeMask) == kSlice) {
+            Bits bits(rest, kHeaderBits);
             bits.readCode(); // its first macroblock
             bits.readCode(); // its type
             bits.readCode(); // its parameter set
             const std::size_t position = bits.position();
-            write(slice, position, m_bits, bits.read(m_bits) + count);
+            write(rest, position, m_bits, bits.read(m_bits) + count);
         }
-        unit = std::ranges::search(slice, kStartCode);
     }
 }
 
