@@ -22,7 +22,11 @@ struct CloudNotifierTest : testing::Test {
             std::make_unique<CloudAccount>(CloudAccountServices{defaults, secrets, workspace, alerts, {}});
         restart();
     }
-    void restart() { notifier = std::make_unique<CloudNotifier>(*account, defaults, center, workspace); }
+    void restart()
+    {
+        notifier.reset();
+        notifier = std::make_unique<CloudNotifier>(*account, defaults, center, workspace);
+    }
     /// What is shown for one answer of the server.
     std::vector<Notification> poll(const std::string &answer, int status = 200)
     {
