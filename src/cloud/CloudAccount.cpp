@@ -16,17 +16,17 @@ namespace zivra {
 
 namespace {
 
-constexpr std::chrono::minutes vaultPatience{1};
-constexpr int unauthorized = 401;
+constexpr std::chrono::minutes kVaultPatience{1};
+constexpr int kUnauthorized = 401;
 
 // Of the vault's entry.
-const QString tokenAccount = QStringLiteral("cloud-token");
+const QString kTokenAccount = QStringLiteral("cloud-token");
 
 // Of the user defaults.
-const QString serverKey = QStringLiteral("cloudServer");
-const QString autoUploadKey = QStringLiteral("cloudAutoUpload");
-const QString activityKey = QStringLiteral("cloudActivityNotifications");
-const QString userNameKey = QStringLiteral("cloudUserName");
+const QString kServerKey = QStringLiteral("cloudServer");
+const QString kAutoUploadKey = QStringLiteral("cloudAutoUpload");
+const QString kActivityKey = QStringLiteral("cloudActivityNotifications");
+const QString kUserNameKey = QStringLiteral("cloudUserName");
 
 } // namespace
 
@@ -34,13 +34,13 @@ CloudAccount::CloudAccount(const CloudAccountServices &services, QObject *parent
     : QObject(parent),
       m_services(services),
       m_keychain(services.secrets),
-      m_serverURL(services.defaults.value(serverKey).toString(QStringLiteral(ZIVRA_CLOUD_SERVER))),
-      m_autoUpload(services.defaults.value(autoUploadKey).toBool(true)),
-      m_activityNotifications(services.defaults.value(activityKey).toBool(true)),
-      m_userName(services.defaults.value(userNameKey).toString())
+      m_serverURL(services.defaults.value(kServerKey).toString(QStringLiteral(ZIVRA_CLOUD_SERVER))),
+      m_autoUpload(services.defaults.value(kAutoUploadKey).toBool(true)),
+      m_activityNotifications(services.defaults.value(kActivityKey).toBool(true)),
+      m_userName(services.defaults.value(kUserNameKey).toString())
 {
     m_patience.setSingleShot(true);
-    m_patience.setInterval(vaultPatience);
+    m_patience.setInterval(kVaultPatience);
     QObject::connect(&m_patience, &QTimer::timeout, this, [this] { m_answered->finish(); });
     restoreToken();
 }
@@ -49,7 +49,7 @@ CloudAccount::~CloudAccount() = default;
 
 void CloudAccount::setServerURL(const QString &url)
 {
-    m_services.defaults.setValue(serverKey, url);
+    m_services.defaults.setValue(kServerKey, url);
     if (std::exchange(m_serverURL, url) != url) {
         Q_EMIT serverURLChanged();
     }
@@ -57,7 +57,7 @@ void CloudAccount::setServerURL(const QString &url)
 
 void CloudAccount::setAutoUpload(bool automatic)
 {
-    m_services.defaults.setValue(autoUploadKey, automatic);
+    m_services.defaults.setValue(kAutoUploadKey, automatic);
     if (std::exchange(m_autoUpload, automatic) != automatic) {
         Q_EMIT autoUploadChanged();
     }
@@ -65,7 +65,7 @@ void CloudAccount::setAutoUpload(bool automatic)
 
 void CloudAccount::setActivityNotifications(bool wanted)
 {
-    m_services.defaults.setValue(activityKey, wanted);
+    m_services.defaults.setValue(kActivityKey, wanted);
     if (std::exchange(m_activityNotifications, wanted) != wanted) {
         Q_EMIT activityNotificationsChanged();
     }
@@ -105,7 +105,7 @@ QCoro::Task<> CloudAccount::restoreToken()
     m_answered->start();
     m_patience.start();
     const int changesBefore = m_tokenChanges;
-    auto answer = co_await m_keychain.read(tokenAccount);
+    auto answer = co_await m_keychain.read(kTokenAccount);
     if (!self) {
         co_return;
     }
@@ -199,7 +199,7 @@ QCoro::Task<> CloudAccount::refreshUser()
         user = jsonObject(body);
     } catch (const CloudError &error) {
         failure = userText(error);
-        expired = error.status() == unauthorized;
+        expired = error.status() == kUnauthorized;
     } catch (const std::exception &error) {
         failure = userText(error);
     }
@@ -218,14 +218,14 @@ QCoro::Task<> CloudAccount::refreshUser()
 
 void CloudAccount::disconnect()
 {
-    m_keychain.remove(tokenAccount);
+    m_keychain.remove(kTokenAccount);
     setUser({}, {});
     setToken(std::nullopt);
 }
 
 void CloudAccount::save(const QString &token)
 {
-    m_keychain.write(token, tokenAccount);
+    m_keychain.write(token, kTokenAccount);
     setToken(token);
     setLastError({});
     refreshUser();
@@ -246,9 +246,9 @@ void CloudAccount::setToken(const std::optional<QString> &token)
 void CloudAccount::setUser(const QString &name, const QString &email)
 {
     if (name.isEmpty()) {
-        m_services.defaults.removeValue(userNameKey);
+        m_services.defaults.removeValue(kUserNameKey);
     } else {
-        m_services.defaults.setValue(userNameKey, name);
+        m_services.defaults.setValue(kUserNameKey, name);
     }
     if (std::exchange(m_userName, name) != name) {
         Q_EMIT userNameChanged();

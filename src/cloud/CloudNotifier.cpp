@@ -11,13 +11,13 @@ namespace zivra {
 
 namespace {
 
-constexpr std::chrono::seconds pollInterval{30};
+constexpr std::chrono::seconds kPollInterval{30};
 
-const QString cursorKey = QStringLiteral("cloudNotificationsSince");
+const QString kCursorKey = QStringLiteral("cloudNotificationsSince");
 
 std::optional<QString> cursor(const UserDefaults &defaults)
 {
-    const QJsonValue stored = defaults.value(cursorKey);
+    const QJsonValue stored = defaults.value(kCursorKey);
     return stored.isString() ? std::optional(stored.toString()) : std::nullopt;
 }
 
@@ -32,7 +32,7 @@ CloudNotifier::CloudNotifier(CloudAccount &account, UserDefaults &defaults, Noti
       m_workspace(workspace)
 {
     m_notifications.setActivationHandler([this](const QUrl &url) { m_workspace.open(url); });
-    m_timer.setInterval(pollInterval); // coarse: it may share the wake-up of another timer
+    m_timer.setInterval(kPollInterval); // coarse: it may share the wake-up of another timer
     connect(&m_timer, &QTimer::timeout, this, &CloudNotifier::poll);
     connect(&m_account, &CloudAccount::tokenChanged, this, &CloudNotifier::startOver);
 }
@@ -60,7 +60,7 @@ QCoro::Task<> CloudNotifier::pollWhenReady()
 
 void CloudNotifier::startOver()
 {
-    m_defaults.removeValue(cursorKey);
+    m_defaults.removeValue(kCursorKey);
     poll();
 }
 
@@ -105,7 +105,7 @@ void CloudNotifier::take(const ActivityFeed &feed)
     if (!cursor(m_defaults)) {
         // The first answer: what was before the user connected is no news.
         if (feed.serverTime) {
-            m_defaults.setValue(cursorKey, *feed.serverTime);
+            m_defaults.setValue(kCursorKey, *feed.serverTime);
         }
         return;
     }
@@ -117,7 +117,7 @@ void CloudNotifier::take(const ActivityFeed &feed)
         m_shownIDs.insert(id);
         m_notifications.show(activity.notification);
         if (activity.createdAt) {
-            m_defaults.setValue(cursorKey, *activity.createdAt);
+            m_defaults.setValue(kCursorKey, *activity.createdAt);
         }
     }
 }

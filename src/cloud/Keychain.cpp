@@ -8,7 +8,7 @@ namespace zivra {
 namespace {
 
 // The application's identifier, which is the name of its secrets' service.
-const QString service = QStringLiteral("io.quillbeck.zivra");
+const QString kService = QStringLiteral("io.quillbeck.zivra");
 
 std::optional<QString> text(const QByteArray &bytes)
 {
@@ -21,7 +21,7 @@ std::optional<QString> text(const QByteArray &bytes)
 
 QCoro::Task<Keychain::Answer> Keychain::read(QString account)
 {
-    const SecretAnswer answer = co_await m_store.read(service, account);
+    const SecretAnswer answer = co_await m_store.read(kService, account);
     Answer result{answer.outcome != SecretAnswer::Outcome::Unavailable, std::nullopt};
     if (answer.outcome == SecretAnswer::Outcome::Found) {
         result.value = text(answer.value);
@@ -32,12 +32,12 @@ QCoro::Task<Keychain::Answer> Keychain::read(QString account)
 void Keychain::write(const QString &value, const QString &account)
 {
     remove(account);
-    m_store.write(service, account, value.toUtf8());
+    m_store.write(kService, account, value.toUtf8());
 }
 
 void Keychain::remove(const QString &account)
 {
-    m_store.remove(service, account);
+    m_store.remove(kService, account);
 }
 
 } // namespace zivra

@@ -10,7 +10,7 @@ namespace zivra {
 
 namespace {
 
-constexpr qsizetype longestToken = 8192; // bytes
+constexpr qsizetype kLongestToken = 8192; // bytes
 
 bool isControl(QChar character)
 {
@@ -57,7 +57,7 @@ std::optional<QString> tokenOfCallback(const QUrl &url, const QString &expectedS
 {
     const QUrlQuery query(url);
     auto token = firstItem(query, QStringLiteral("token"));
-    const bool wellFormed = token && !token->isEmpty() && token->toUtf8().size() <= longestToken &&
+    const bool wellFormed = token && !token->isEmpty() && token->toUtf8().size() <= kLongestToken &&
                             std::none_of(token->begin(), token->end(), isControl);
     const bool ours = !expectedState.isEmpty() && firstItem(query, QStringLiteral("state")) == expectedState;
     return wellFormed && ours ? token : std::nullopt;

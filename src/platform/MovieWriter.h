@@ -86,7 +86,7 @@ public:
 
     /// Called at most once, on a thread of the writer, when the file can take no more (a full disk)
     /// while the status stays `Writing`: further samples are dropped, and finishing completes the file with
-    /// what it has.
+    /// what it has. Without a handler the writing fails.
     virtual void setInterruptionHandler(std::function<void(std::exception_ptr)> handler) = 0;
 
     /// Creates the file, which must not exist yet, and returns false with `error()` set otherwise.

@@ -21,17 +21,17 @@ namespace {
 
 using Kind = UpdateState::Kind;
 
-constexpr std::chrono::seconds requestTimeout{60};
-constexpr qint64 secondsBetweenChecks = 86'400;
-constexpr int httpOk = 200;
+constexpr std::chrono::seconds kRequestTimeout{60};
+constexpr qint64 kSecondsBetweenChecks = 86'400;
+constexpr int kHttpOk = 200;
 
-const QString lastCheckKey = QStringLiteral("lastUpdateCheck");
+const QString kLastCheckKey = QStringLiteral("lastUpdateCheck");
 
 bool wasCheckedToday(const QJsonValue &stored, const QDateTime &now)
 {
     const auto last = QDateTime::fromString(stored.toString(), Qt::ISODateWithMs);
-    const qint64 elapsed = last.isValid() ? last.secsTo(now) : secondsBetweenChecks;
-    return elapsed >= 0 && elapsed < secondsBetweenChecks;
+    const qint64 elapsed = last.isValid() ? last.secsTo(now) : kSecondsBetweenChecks;
+    return elapsed >= 0 && elapsed < kSecondsBetweenChecks;
 }
 
 UpdateState upToDate()
@@ -48,7 +48,7 @@ UpdateState failed(const QString &text)
 UpdateState outcome(QNetworkReply &reply, const QString &currentVersion)
 {
     const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (status.isValid() && status.toInt() != httpOk) {
+    if (status.isValid() && status.toInt() != kHttpOk) {
         return upToDate();
     }
     if (reply.error() != QNetworkReply::NoError) {
@@ -89,7 +89,7 @@ QCoro::Task<> UpdateChecker::check()
     setState({.kind = Kind::Checking, .version = {}, .download = {}, .error = {}});
     QNetworkRequest request(m_feed);
     request.setRawHeader("Accept", "application/json");
-    request.setTransferTimeout(static_cast<int>(std::chrono::milliseconds(requestTimeout).count()));
+    request.setTransferTimeout(static_cast<int>(std::chrono::milliseconds(kRequestTimeout).count()));
     const std::unique_ptr<QNetworkReply, QScopedPointerDeleteLater> reply(sharedNetwork().get(request));
     co_await reply.get();
     if (!self) {
@@ -105,8 +105,8 @@ QCoro::Task<> UpdateChecker::check()
 void UpdateChecker::checkDailyInBackground()
 {
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    if (!wasCheckedToday(m_defaults.value(lastCheckKey), now)) {
-        m_defaults.setValue(lastCheckKey, now.toString(Qt::ISODateWithMs));
+    if (!wasCheckedToday(m_defaults.value(kLastCheckKey), now)) {
+        m_defaults.setValue(kLastCheckKey, now.toString(Qt::ISODateWithMs));
         checkAndNotify();
     }
 }

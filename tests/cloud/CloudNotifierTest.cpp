@@ -23,12 +23,16 @@ struct CloudNotifierTest : AccountFixture {
     {
         answer("/api/notifications", status, body);
         const std::size_t before = polls().size();
-        notifier->start();
-        settleUntil([&] { return polls().size() > before; });
-        notifier->start(); // dropped while the first is under way
-        QElapsedTimer answering;
-        answering.start();
-        settleUntil([&] { return answering.hasExpired(60); });
+        settleUntil([&] {
+            const bool asked = polls().size() > before;
+            asked ? void() : notifier->start(); // dropped while it polls
+            return asked;
+        });
+        const QString cursorBefore = cursor();
+        QElapsedTimer patience;
+        patience.start();
+        settleUntil(
+            [&] { return !center.shown.empty() || cursor() != cursorBefore || patience.hasExpired(200); });
         return std::exchange(center.shown, {});
     }
     std::vector<CloudServer::Request> polls() const

@@ -1,10 +1,29 @@
 #include "desktop/media/DiskSync.h"
 
+#include <QFile>
+#include <QFileInfo>
+
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
 
 namespace zivra::desktop {
+
+namespace {
+
+/// A file's name is in its folder, which not every file system can be asked to write.
+void syncFolder(const QString &path)
+{
+    const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
+    const int descriptor = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        static_cast<void>(::fsync(descriptor));
+        ::close(descriptor);
+    }
+}
+
+} // namespace
 
 void DiskSync::request()
 {
@@ -31,6 +50,7 @@ int DiskSync::finish()
 
 void DiskSync::run()
 {
+    syncFolder(m_path);
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_wake.wait(lock, [this] { return m_isRequested || m_isFinishing; });

@@ -1,16 +1,19 @@
 #pragma once
 
+#include <QString>
+
 #include <condition_variable>
 #include <mutex>
 #include <thread>
 
 namespace zivra::desktop {
 
-/// Brings a file's data to the disk, on a thread of its own, while its writer goes on.
+/// Brings a new file's data to the disk, and at first its name, on a thread of its own, while its writer goes
+/// on.
 class DiskSync {
 public:
     /// The file must stay open as long as this lives, or until `finish()`.
-    explicit DiskSync(int fileDescriptor) : m_descriptor(fileDescriptor) {}
+    DiskSync(int fileDescriptor, const QString &path) : m_descriptor(fileDescriptor), m_path(path) {}
     ~DiskSync() { finish(); }
     DiskSync(const DiskSync &) = delete;
     DiskSync &operator=(const DiskSync &) = delete;
@@ -26,6 +29,7 @@ private:
     void run();
 
     const int m_descriptor;
+    const QString m_path;
     std::mutex m_mutex; ///< guards the members up to the thread
     std::condition_variable m_wake;
     bool m_isRequested = false;

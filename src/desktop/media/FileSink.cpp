@@ -41,7 +41,7 @@ void FileSink::IoDeleter::operator()(AVIOContext *context) const
 
 FileSink::FileSink(const QString &path)
     : m_descriptor(::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666)),
-      m_sync(m_descriptor)
+      m_sync(m_descriptor, path)
 {
     if (m_descriptor < 0) {
         throw PlatformError(creationFailureText(path, errno));

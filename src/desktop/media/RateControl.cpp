@@ -13,14 +13,14 @@ constexpr double kHorizon = 2;
 constexpr double kCredit = 1;
 constexpr int kRefreshInterval = 15; // pictures
 /// The finest quantisers that make a visible difference, as measured on text and on photographs.
-constexpr double kFinestOrdinary = 9;
-constexpr double kFinestRefresh = 7;
-constexpr double kFinestKey = 5;
+constexpr double kFinestOrdinary = 7;
+constexpr double kFinestRefresh = 5;
+constexpr double kFinestKey = 4;
 /// Nothing is known yet: a middling screen's key frame takes half a second's bits.
 constexpr double kFirstKey = 17;
 constexpr double kFirstOrdinary = 24;
 constexpr double kLeastFiner = 3;
-constexpr double kMostFiner = 9;
+constexpr double kMostFiner = 12;
 /// A picture that changes less is not told from one that does not change.
 constexpr double kLeastShare = 1e-4;
 

@@ -223,12 +223,15 @@ void WriterWorker::complete()
 
 void WriterWorker::checkSink()
 {
-    if (m_sink.failure() != 0) {
-        m_interrupted = true;
-        if (m_events.interrupted) {
-            m_events.interrupted(std::make_exception_ptr(PlatformError(writeFailureText(m_sink.failure()))));
-        }
+    if (m_sink.failure() == 0) {
+        return;
     }
+    const PlatformError error(writeFailureText(m_sink.failure()));
+    if (!m_events.interrupted) {
+        throw error;
+    }
+    m_interrupted = true;
+    m_events.interrupted(std::make_exception_ptr(error));
 }
 
 void WriterWorker::fail(std::exception_ptr error)

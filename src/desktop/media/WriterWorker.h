@@ -22,7 +22,7 @@ public:
 
     /// Called on the worker's thread.
     struct Events {
-        std::function<void(std::exception_ptr)> interrupted; ///< at most once
+        std::function<void(std::exception_ptr)> interrupted; ///< at most once; unset: it fails
         std::function<void(std::exception_ptr)> failed;      ///< at most once
     };
 

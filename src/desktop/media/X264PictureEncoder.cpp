@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <span>
 #include <thread>
 
 namespace zivra::desktop {
@@ -37,6 +38,22 @@ void setColours(x264_param_t &parameters)
     parameters.vui.i_chroma_loc = AVCHROMA_LOC_CENTER - 1;
 }
 
+/// The quantiser of each picture comes from us, and libx264 spares itself the analyses that it would choose
+/// one by: a quarter of all its work.
+void setQuantisers(x264_param_t &parameters)
+{
+    parameters.rc.i_rc_method = X264_RC_CQP;
+    // Ours are clipped to those that it would use by itself, P, I and B: the widest range (the factors are
+    // those of quantiser steps, 6 to the doubling).
+    constexpr int kMiddle = 26;
+    constexpr float kTwentyFourSteps = 16;
+    parameters.rc.i_qp_constant = kMiddle;
+    parameters.rc.f_ip_factor = kTwentyFourSteps;
+    parameters.rc.f_pb_factor = kTwentyFourSteps;
+    // The eye is less exacting on colour, and text and lines gain what it leaves.
+    parameters.analyse.i_chroma_qp_offset = 3;
+}
+
 x264_param_t encoderParameters(const VideoSettings &settings, AVRational timeBase)
 {
     x264_param_t parameters;
@@ -53,9 +70,7 @@ x264_param_t encoderParameters(const VideoSettings &settings, AVRational timeBas
     parameters.b_sliced_threads = parameters.i_threads > 1 ? 1 : 0;
     parameters.b_repeat_headers = 0;                    // movie files keep them in their index
     parameters.i_keyint_max = X264_KEYINT_MAX_INFINITE; // key frames come from us
-    // Not a constant quantiser, which would switch the adaptive quantisation within a picture off. That of
-    // each picture is ours.
-    parameters.rc.i_rc_method = X264_RC_CRF;
+    setQuantisers(parameters);
     setColours(parameters);
 
     parameters.i_scenecut_threshold = 0;
@@ -65,7 +80,7 @@ x264_param_t encoderParameters(const VideoSettings &settings, AVRational timeBas
     // small remainders are worth their bits, and smaller partitions more than a search for fractions of a
     // pixel.
     parameters.analyse.b_dct_decimate = 0;
-    parameters.analyse.i_luma_deadzone[0] = 11;
+    parameters.analyse.i_luma_deadzone[0] = 12;
     parameters.analyse.i_luma_deadzone[1] = 8;
     parameters.analyse.i_subpel_refine = 1;
     parameters.analyse.inter = X264_ANALYSE_PSUB16x16;
@@ -85,6 +100,11 @@ x264_image_t imageOf(const VideoFrame &picture)
         image.i_stride[plane] = picture.planes[plane].stride;
     }
     return image;
+}
+
+std::span<std::uint8_t> bytesOf(AVPacket &packet)
+{
+    return {packet.data, static_cast<std::size_t>(packet.size)};
 }
 
 } // namespace
@@ -112,7 +132,7 @@ void X264PictureEncoder::open(bool, PacketSink sink)
     setParameters(makeParameters());
 }
 
-CodecParametersPtr X264PictureEncoder::makeParameters() const
+CodecParametersPtr X264PictureEncoder::makeParameters()
 {
     x264_nal_t *units = nullptr;
     int count = 0;
@@ -137,6 +157,11 @@ CodecParametersPtr X264PictureEncoder::makeParameters() const
         if (units[i].i_type == NAL_SPS || units[i].i_type == NAL_PPS) {
             headers.insert(headers.end(), units[i].p_payload, units[i].p_payload + units[i].i_payload);
         }
+        if (units[i].i_type == NAL_SPS) {
+            constexpr std::size_t kStartCode = 4;
+            m_numbers.emplace(std::span(units[i].p_payload, static_cast<std::size_t>(units[i].i_payload))
+                                  .subspan(kStartCode));
+        }
     }
     parameters->extradata =
         static_cast<std::uint8_t *>(av_mallocz(headers.size() + AV_INPUT_BUFFER_PADDING_SIZE));
@@ -153,16 +178,35 @@ void X264PictureEncoder::encodePicture(const std::shared_ptr<const VideoFrame> &
     const bool isKey = m_untilKey == 0;
     m_untilKey = (isKey ? settings().maxKeyFrameInterval : m_untilKey) - 1;
     m_blocks.note(*picture);
+    const double share = m_blocks.share();
+    const int quantiser = m_rate.quantiser(
+        {.time = av_q2d(kTimeBase) * static_cast<double>(ticks), .isKey = isKey, .changedShare = share});
+    // libx264 skips unchanged macroblocks that are not coarser already than they would be now. After one
+    // picture without a change that is so for all of them, and the next one can serve as the model of the
+    // others.
+    const bool isUnchanged = !isKey && share == 0;
+    const bool isSkipped = isUnchanged && quantiser >= m_coarsest;
+    m_coarsest = isUnchanged ? std::min(m_coarsest, quantiser) : std::numeric_limits<int>::max();
 
+    auto packet = isSkipped && m_skipped ? repeated() : encoded(*picture, ticks, isKey, quantiser);
+    m_skipped.reset(isSkipped && m_numbers->canCopy() ? av_packet_clone(packet.get()) : nullptr);
+    m_rate.noteSize(std::int64_t{packet->size} * 8);
+    packet->pts = ticks;
+    packet->dts = ticks;
+    packet->flags = isKey ? AV_PKT_FLAG_KEY : 0;
+    m_sink(std::move(packet));
+}
+
+PacketPtr X264PictureEncoder::encoded(const VideoFrame &picture, std::int64_t ticks, bool isKey,
+                                      int quantiser)
+{
     x264_picture_t input;
     x264_picture_init(&input);
-    input.img = imageOf(*picture);
+    input.img = imageOf(picture);
     input.i_pts = ticks;
     input.i_type = isKey ? X264_TYPE_IDR : X264_TYPE_P;
     input.prop.mb_info = m_blocks.marks().data();
-    input.i_qpplus1 = 1 + m_rate.quantiser({.time = av_q2d(kTimeBase) * static_cast<double>(ticks),
-                                            .isKey = isKey,
-                                            .changedShare = m_blocks.share()});
+    input.i_qpplus1 = 1 + quantiser;
     x264_picture_t output;
     x264_nal_t *units = nullptr;
     int count = 0;
@@ -170,17 +214,23 @@ void X264PictureEncoder::encodePicture(const std::shared_ptr<const VideoFrame> &
     if (size <= 0) {
         throw PlatformError(kEncodeFailure);
     }
-    m_rate.noteSize(std::int64_t{size} * 8);
-
     auto packet = makePacket();
     if (av_new_packet(packet.get(), size) < 0) {
         throw std::bad_alloc();
     }
     std::memcpy(packet->data, units[0].p_payload, static_cast<std::size_t>(size)); // they follow each other
-    packet->pts = ticks;
-    packet->dts = ticks;
-    packet->flags = isKey ? AV_PKT_FLAG_KEY : 0;
-    m_sink(std::move(packet));
+    m_numbers->correct(bytesOf(*packet), isKey);
+    return packet;
+}
+
+PacketPtr X264PictureEncoder::repeated()
+{
+    auto packet = std::move(m_skipped);
+    if (av_packet_make_writable(packet.get()) < 0) {
+        throw std::bad_alloc();
+    }
+    m_numbers->advance(bytesOf(*packet));
+    return packet;
 }
 
 void X264PictureEncoder::finish()

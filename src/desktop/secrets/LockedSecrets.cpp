@@ -10,7 +10,7 @@ namespace zivra::desktop {
 
 namespace {
 
-constexpr int replyTimeout = 2000; // milliseconds
+constexpr int kReplyTimeout = 2000; // milliseconds
 
 } // namespace
 
@@ -25,7 +25,7 @@ bool hasLockedSecret(const QString &service, const QString &account)
     const QMap<QString, QString> attributes{{QStringLiteral("server"), service},
                                             {QStringLiteral("user"), account}};
     search << QVariant::fromValue(attributes);
-    const QDBusMessage reply = QDBusConnection::sessionBus().call(search, QDBus::Block, replyTimeout);
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(search, QDBus::Block, kReplyTimeout);
     // The paths of the unlocked items, then those of the locked ones.
     return reply.type() == QDBusMessage::ReplyMessage && reply.arguments().size() == 2 &&
            !qdbus_cast<QList<QDBusObjectPath>>(reply.arguments().at(1)).isEmpty();

@@ -13,16 +13,16 @@ namespace zivra::desktop {
 
 namespace {
 
-const auto serviceName = QStringLiteral("org.freedesktop.Notifications");
-const auto objectPath = QStringLiteral("/org/freedesktop/Notifications");
-const auto defaultAction = QStringLiteral("default"); // a click on the notification itself
+const auto kServiceName = QStringLiteral("org.freedesktop.Notifications");
+const auto kObjectPath = QStringLiteral("/org/freedesktop/Notifications");
+const auto kDefaultAction = QStringLiteral("default"); // a click on the notification itself
 
-constexpr uint closedByExpiry = 1; // it may still be in the desktop's list
-constexpr int serviceChoosesTimeout = -1;
+constexpr uint kClosedByExpiry = 1; // it may still be in the desktop's list
+constexpr int kServiceChoosesTimeout = -1;
 
 QDBusMessage call(const QString &method)
 {
-    return QDBusMessage::createMethodCall(serviceName, objectPath, serviceName, method);
+    return QDBusMessage::createMethodCall(kServiceName, kObjectPath, kServiceName, method);
 }
 
 QVariantMap hintsFor(const Notification &notification)
@@ -44,8 +44,8 @@ QDBusMessage notifyCall(const Notification &notification, uint replaced, const Q
     auto notify = call(QStringLiteral("Notify"));
     notify << QStringLiteral("Zivra") << replaced << QStringLiteral("io.quillbeck.zivra")
            << notification.title << (markup ? notification.body.toHtmlEscaped() : notification.body)
-           << (clickable ? QStringList{defaultAction, QStringLiteral("Open")} : QStringList())
-           << hintsFor(notification) << serviceChoosesTimeout;
+           << (clickable ? QStringList{kDefaultAction, QStringLiteral("Open")} : QStringList())
+           << hintsFor(notification) << kServiceChoosesTimeout;
     return notify;
 }
 
@@ -53,11 +53,11 @@ QDBusMessage notifyCall(const Notification &notification, uint replaced, const Q
 
 DBusNotificationCenter::DBusNotificationCenter(QDBusConnection bus)
     : m_bus(std::move(bus)),
-      m_watcher(serviceName, m_bus, QDBusServiceWatcher::WatchForUnregistration)
+      m_watcher(kServiceName, m_bus, QDBusServiceWatcher::WatchForUnregistration)
 {
-    m_bus.connect(serviceName, objectPath, serviceName, QStringLiteral("ActionInvoked"), this,
+    m_bus.connect(kServiceName, kObjectPath, kServiceName, QStringLiteral("ActionInvoked"), this,
                   SLOT(actionInvoked(uint, QString)));
-    m_bus.connect(serviceName, objectPath, serviceName, QStringLiteral("NotificationClosed"), this,
+    m_bus.connect(kServiceName, kObjectPath, kServiceName, QStringLiteral("NotificationClosed"), this,
                   SLOT(notificationClosed(uint, uint)));
     connect(&m_watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] { m_shown.clear(); });
 }
@@ -106,14 +106,14 @@ QCoro::Task<> DBusNotificationCenter::sendWaiting()
 void DBusNotificationCenter::actionInvoked(uint number, const QString &action)
 {
     const auto url = m_shown.value(number).url;
-    if (url && action == defaultAction && m_activated) {
+    if (url && action == kDefaultAction && m_activated) {
         m_activated(*url);
     }
 }
 
 void DBusNotificationCenter::notificationClosed(uint number, uint reason)
 {
-    if (reason != closedByExpiry) {
+    if (reason != kClosedByExpiry) {
         m_shown.remove(number);
     }
 }

@@ -1,14 +1,21 @@
+#include "capture/AudioMerger.h"
 #include "desktop/media/FFmpegMovieServices.h"
 #include "desktop/media/MovieProbe.h"
 #include "desktop/media/TestMovie.h"
+#include "desktop/threads/ThreadSerialQueue.h"
 #include "platform/PlatformError.h"
+#include "support/PrintQt.h"
+#include "support/fakes/Await.h"
+#include "support/fakes/FakeFileSystem.h"
 
 #include <QFile>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 
 namespace zivra::test {
 
@@ -26,6 +33,8 @@ double pictureTime(int number)
 struct MovieReaderTest : testing::Test {
     const MovieFolder folder;
     FFmpegMovieServices services;
+    FakeFileSystem files;
+    desktop::ThreadSerialQueueFactory queues;
 
     /// `seconds` of numbered pictures, about 30 a second, and the given sounds, each in a track of its own;
     /// in real time no more than 2 seconds of each.
@@ -56,13 +65,28 @@ struct MovieReaderTest : testing::Test {
 
     std::shared_ptr<const MovieAsset> open(const QUrl &url) { return services.openAsset(url).result(); }
 
-    static void copyAll(MovieReaderOutput &output, MovieWriterInput &input)
+    void merge(const QUrl &url)
     {
-        while (const auto sample = output.copyNextSample()) {
-            EXPECT_TRUE(input.append(*sample));
-        }
-        input.markAsFinished();
+        await(AudioMerger::mergeAudioTracksIfNeeded(url, services, files, queues));
     }
+};
+
+/// No file grows beyond it, in bytes, while this lives.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(qint64 bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limited{static_cast<rlim_t>(bytes), m_before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limited);
+    }
+    ~FileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &m_before); }
+    FileSizeLimit(const FileSizeLimit &) = delete;
+    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
+
+private:
+    rlimit m_before{};
 };
 
 } // namespace
@@ -71,44 +95,22 @@ TEST_F(MovieReaderTest, MergesSoundTracksInTheirPlacesAndKeepsThePicture)
 {
     const SoundOptions tone{.toneLevel = 0.6F};
     const SoundOptions click{.format = {44100, 1}, .clicks = {1.5, 2.75}};
-    write(folder.url("two.mp4"), MovieFileType::Mpeg4, 3,
-          {{soundBlock(0, 1, tone), soundBlock(1.4, 0.4, click)},
-           {soundBlock(0.3, 0.7, tone), soundBlock(2.5, 0.4, click)}},
-          true);
-    ASSERT_TRUE(QFile::copy(folder.url("two.mp4").toLocalFile(), folder.url("mix.mp4").toLocalFile()));
+    const std::vector sounds{std::vector{soundBlock(0, 1, tone), soundBlock(1.4, 0.4, click)},
+                             std::vector{soundBlock(0.3, 0.7, tone), soundBlock(2.5, 0.4, click)}};
+    write(folder.url("ready.mp4"), MovieFileType::Mpeg4, 3, sounds, true);
+    write(folder.url("plain.mov"), MovieFileType::QuickTime, 3, sounds);
+    for (const auto *name : {"ready.mp4", "plain.mov"}) {
+        const QUrl url = folder.url(name);
+        const MovieProbe source(url);
+        EXPECT_EQ(source.sounds.size(), 2U);
+        merge(url);
+        merge(url);
+        EXPECT_FALSE(services.useReadyMix(url).result()) << "it is used, or there was none";
+        EXPECT_EQ(folder.names().size(), 2);
 
-    const auto asset = open(folder.url("two.mp4"));
-    const auto video = asset->tracks(MediaType::Video);
-    const auto audio = asset->tracks(MediaType::Audio);
-    ASSERT_EQ(video.size(), 1U);
-    ASSERT_EQ(audio.size(), 2U);
-
-    constexpr TrackTransform kUpsideDown{-65536, 0, 0, 0, -65536, 0, 0, 0, 1 << 30};
-    const auto reader = services.makeReader(asset);
-    auto &packets = reader->addTrackOutput(video[0]);
-    auto &mix = reader->addAudioMixOutput(audio, {});
-    const auto writer = services.makeWriter(folder.url("one.mov"), MovieFileType::QuickTime);
-    auto &videoInput = writer->addPassthroughInput(video[0].formats.at(0), kUpsideDown);
-    auto &audioInput = writer->addAudioInput({});
-    ASSERT_TRUE(reader->startReading());
-    ASSERT_TRUE(writer->startWriting());
-    writer->startSession(MediaTime::zero());
-    copyAll(packets, videoInput);
-    copyAll(mix, audioInput);
-    writer->finishWriting().waitForFinished();
-    EXPECT_EQ(reader->status(), MovieReader::Status::Completed) << errorText(reader->error()).toStdString();
-    ASSERT_EQ(writer->status(), MovieWriter::Status::Completed) << errorText(writer->error()).toStdString();
-
-    EXPECT_TRUE(services.useReadyMix(folder.url("mix.mp4")).result());
-    EXPECT_FALSE(services.useReadyMix(folder.url("mix.mp4")).result()) << "it is used";
-    EXPECT_FALSE(services.useReadyMix(folder.url("one.mov")).result()) << "it has none";
-
-    const MovieProbe source(folder.url("two.mp4"));
-    EXPECT_EQ(source.sounds.size(), 2U);
-    EXPECT_EQ(open(folder.url("one.mov"))->tracks(MediaType::Video).at(0).preferredTransform, kUpsideDown);
-    for (const auto *name : {"one.mov", "mix.mp4"}) {
-        const MovieProbe probe(folder.url(name));
+        const MovieProbe probe(url);
         EXPECT_EQ(probe.duration, source.duration);
+        EXPECT_EQ(probe.videoTag, source.videoTag);
         ASSERT_EQ(probe.pictures.size(), 90U);
         for (std::size_t i = 0; i < 90; ++i) {
             EXPECT_DOUBLE_EQ(probe.pictures[i].time, source.pictures[i].time);
@@ -120,6 +122,20 @@ TEST_F(MovieReaderTest, MergesSoundTracksInTheirPlacesAndKeepsThePicture)
         EXPECT_LT(loudest, 1.05) << "too loud for full scale";
         probe.sounds[0].expectClicks({1.5, 2.75}, 1.2);
     }
+}
+
+TEST_F(MovieReaderTest, KeepsBothSoundsWhenTheyCannotBeMerged)
+{
+    const QUrl url = folder.url("movie.mp4");
+    const std::vector sound{soundBlock(0, 5, {.toneLevel = 0.3F})};
+    write(url, MovieFileType::Mpeg4, 5, {sound, sound});
+    {
+        const FileSizeLimit limit(3000);
+        EXPECT_THROW(merge(url), PlatformError) << "as on a full disk";
+    }
+    EXPECT_EQ(folder.names(), QStringList("movie.mp4"));
+    EXPECT_EQ(MovieProbe(url).sounds.size(), 2U);
+    EXPECT_THROW(merge(folder.url("none.mp4")), PlatformError);
 }
 
 TEST_F(MovieReaderTest, TrimsToTheVeryPictureInSync)

@@ -14,6 +14,7 @@
 #include <atomic>
 #include <csignal>
 #include <new>
+#include <set>
 #include <thread>
 
 namespace zivra::test {
@@ -195,6 +196,38 @@ TEST(MovieWriter, FlushesAStillScreen)
     ASSERT_EQ(trim.pictures.size(), 2U);
     EXPECT_EQ(trim.pictures[0].number, 1);
     EXPECT_NEAR(trim.pictures[1].time, 0.3, 0.001);
+}
+
+TEST(MovieWriter, RepeatsAStillPictureForNothing)
+{
+    const MovieFolder folder;
+    const auto url = folder.url("movie.mp4");
+    const auto writer = FFmpegMovieServices().makeWriter(url, MovieFileType::Mpeg4);
+    auto &video = writer->addVideoInput(videoSettings());
+    ASSERT_TRUE(writer->startWriting());
+    writer->startSession(kSessionStart);
+    // Changes in the midst of still stretches, right behind a key frame (each 60th picture), and two in a
+    // row.
+    const std::set<int> changes{0, 5, 40, 61, 62, 100};
+    std::vector<int> shown;
+    for (int i = 0; i < 150; ++i) {
+        shown.push_back(changes.contains(i) ? i : shown.back());
+        VideoFrame frame = *numberedFrame(shown.back(), 0).videoFrame();
+        frame.number = static_cast<std::uint64_t>(i) + 1;
+        if (shown.back() != i) {
+            frame.changed.emplace();
+        }
+        const MediaTime time = kSessionStart + MediaTime::fromSeconds(i / 5.0);
+        video.append({std::make_shared<const VideoFrame>(frame), {time, {}, {}}, FrameStatus::Complete});
+    }
+    writer->finishWriting().waitForFinished();
+    EXPECT_LT(QFile(url.toLocalFile()).size(), 20'000);
+
+    const MovieProbe probe(url);
+    ASSERT_EQ(probe.pictures.size(), shown.size());
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+        EXPECT_EQ(probe.pictures[i].number, shown[i]) << "picture " << i;
+    }
 }
 
 TEST(MovieWriter, SaysWhyAFileCannotBeMade)

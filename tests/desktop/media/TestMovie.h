@@ -3,6 +3,7 @@
 #include "platform/MediaSample.h"
 #include "platform/MovieWriter.h"
 
+#include <QDir>
 #include <QTemporaryDir>
 #include <QUrl>
 
@@ -19,6 +20,11 @@ public:
     [[nodiscard]] QUrl url(const char *name) const
     {
         return QUrl::fromLocalFile(m_folder.filePath(QString::fromUtf8(name)));
+    }
+    /// Of all files, hidden ones too.
+    [[nodiscard]] QStringList names() const
+    {
+        return QDir(m_folder.path()).entryList(QDir::Files | QDir::Hidden, QDir::Name);
     }
 
 private:

@@ -20,8 +20,6 @@ public:
 
     std::optional<VideoSettings> video;
     std::optional<AudioSettings> audio;
-    std::shared_ptr<const TrackFormat> format;
-    std::optional<TrackTransform> transform;
     bool realTime = false;
     bool finished = false;
     int readyFor = std::numeric_limits<int>::max(); ///< samples until it is no longer ready
@@ -31,28 +29,10 @@ public:
     [[nodiscard]] bool isReadyForMoreMediaData() const override { return readyFor > 0; }
     bool append(const MediaSample &sample) override;
     void markAsFinished() override { finished = true; }
-    void requestMediaDataWhenReady(std::shared_ptr<SerialQueue> queue, std::function<void()> work) override
-    {
-        m_request = {std::move(queue), std::move(work)};
-        callBack();
-    }
-
-    /// Takes so many more samples, and says so.
-    void becomeReady(int samples)
-    {
-        readyFor = samples;
-        callBack();
-    }
-    void callBack() const
-    {
-        if (m_request.first && !finished) {
-            m_request.first->async(m_request.second);
-        }
-    }
+    void requestMediaDataWhenReady(std::shared_ptr<SerialQueue>, std::function<void()>) override {}
 
 private:
     WriterRecord &m_writer;
-    std::pair<std::shared_ptr<SerialQueue>, std::function<void()>> m_request;
 };
 
 /// All that happened to one writer. Stays when the writer is gone.
@@ -73,9 +53,6 @@ struct WriterRecord {
     {
         status = MovieWriter::Status::Failed;
         error = std::move(reason);
-        for (const auto &input : inputs) {
-            input->callBack();
-        }
     }
 };
 
@@ -112,13 +89,10 @@ public:
         input.audio = settings;
         return input;
     }
-    MovieWriterInput &addPassthroughInput(std::shared_ptr<const TrackFormat> format,
-                                          const std::optional<TrackTransform> &transform) override
+    MovieWriterInput &addPassthroughInput(std::shared_ptr<const TrackFormat>,
+                                          const std::optional<TrackTransform> &) override
     {
-        FakeInput &input = addInput();
-        input.format = std::move(format);
-        input.transform = transform;
-        return input;
+        return addInput();
     }
     void setInterruptionHandler(std::function<void(std::exception_ptr)> handler) override
     {
