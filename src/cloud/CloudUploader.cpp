@@ -8,7 +8,6 @@
 #include <QCoroFuture>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonObject>
 #include <QPointer>
 #include <QPromise>
 #include <QTimer>
@@ -31,26 +30,11 @@ struct CloudUploader::Upload {
 namespace {
 
 constexpr auto kIndexName = ".zivra-cloud.json";
-constexpr qint64 kDefaultChunkSize = 8 << 20; // bytes
-/// A chunk is held in memory.
-constexpr qint64 kLargestChunkSize = 256 << 20; // bytes
 constexpr int kNotFound = 404;
 constexpr int kFirstServerFault = 500;
 
 /// The upload was forgotten while it waited.
 struct Forgotten : std::exception {};
-
-qint64 usableChunkSize(qint64 size)
-{
-    return size > 0 && size <= kLargestChunkSize ? size : kDefaultChunkSize;
-}
-
-qint64 chunkSizeFrom(const QJsonValue &value)
-{
-    const double number = value.toDouble();
-    return value.isDouble() && std::floor(number) == number ? usableChunkSize(value.toInteger(-1))
-                                                            : kDefaultChunkSize;
-}
 
 QFuture<void> sleepByTimer(std::chrono::seconds time)
 {
@@ -84,24 +68,6 @@ MultipartForm createForm(const QUrl &file, qint64 size, const MovieFacts &facts)
         form.addFile("thumbnail", "thumbnail.jpg", "image/jpeg", facts.thumbnail);
     }
     return form;
-}
-
-QString requireString(const QJsonObject &object, QLatin1String key)
-{
-    const QJsonValue value = object[key];
-    if (!value.isString()) {
-        throw CloudError(CloudError::badResponse);
-    }
-    return value.toString();
-}
-
-RemoteVideo createdVideo(const QByteArray &response, qint64 size)
-{
-    const QJsonObject object = jsonObject(response);
-    const QJsonObject data = object[QLatin1String("data")].toObject();
-    const QJsonObject upload = object[QLatin1String("upload")].toObject();
-    return {requireString(data, QLatin1String("id")), requireString(data, QLatin1String("share_url")),
-            RemoteVideo::kUploading, size, chunkSizeFrom(upload[QLatin1String("chunk_size")])};
 }
 
 bool isWorthAnotherTry(const std::exception_ptr &failure)

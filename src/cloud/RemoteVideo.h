@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QLatin1String>
 #include <QString>
 
@@ -20,5 +21,13 @@ struct RemoteVideo {
 
     friend bool operator==(const RemoteVideo &, const RemoteVideo &) = default;
 };
+
+/// The size of chunks to send with where that one was asked for: itself, or 8 MiB where it is not positive or
+/// more than the 256 MiB of which we would hold a chunk in memory.
+[[nodiscard]] qint64 usableChunkSize(qint64 size);
+
+/// What the server answered when a copy was begun of a file of that size. Throws `JsonError`, or a
+/// `CloudError` for an answer without an id and a link.
+[[nodiscard]] RemoteVideo createdVideo(const QByteArray &answer, qint64 size);
 
 } // namespace zivra
