@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <set>
 
 namespace zivra::test {
 
@@ -44,7 +45,7 @@ struct CloudUploaderTest : testing::Test {
     QUrl addMovie(qsizetype size, const QString &name = "a.mp4") const
     {
         QByteArray content(size, ' ');
-        std::generate(content.begin(), content.end(), [byte = 0]() mutable { return char(byte++ % 251); });
+        std::generate(content.begin(), content.end(), [byte = size]() mutable { return char(byte++ % 251); });
         return files.addFile(name, content);
     }
     void start(const QUrl &file)
@@ -198,6 +199,79 @@ TEST_F(CloudUploaderTest, FollowsFilesThatAreRenamedOrDeleted)
     start(addMovie(5000, "d.mp4"));
     uploader.reset();
     EXPECT_FALSE(eventually([] { return false; }, std::chrono::milliseconds(100)));
+}
+
+TEST_F(CloudUploaderTest, EndsWellOrInWordsInAStormOfFaults)
+{
+    constexpr int kMovies = 300;
+    constexpr int kLargestMovie = 400'000; // bytes
+    std::mt19937 random(1);
+    std::vector<QUrl> movies;
+    for (int number = 0; number < kMovies; ++number) {
+        movies.push_back(addMovie(random() % kLargestMovie, QString("%1.mp4").arg(number)));
+    }
+    const std::vector<Fault> faults{{.status = 500},
+                                    {.cuts = true},
+                                    {.status = 503, .body = "{"},
+                                    {.status = 404},
+                                    {.status = 422},
+                                    {.body = "lost"},
+                                    {.body = "[[", .delay = 50},
+                                    {.status = 429},
+                                    {.status = 307, .location = "http://localhost/"}};
+    std::set<std::string> doomed; // the requests that the uploader is not to try again
+    std::map<std::string, int> failures;
+    int count = 0;
+    const auto storm = [&](const Request &request) -> std::optional<Fault> {
+        if (++count % 10 != 0) {
+            return std::nullopt;
+        }
+        if (request.path.ends_with("/complete")) {
+            doomed.insert(request.path.substr(0, request.path.rfind('/')));
+            return Fault{.status = 500};
+        }
+        const Fault &fault = faults[static_cast<std::size_t>(count / 10) % faults.size()];
+        const bool isTransient =
+            isChunk(request) && (fault.status >= 500 || fault.cuts || !fault.location.empty());
+        if (!isTransient || ++failures[request.path] == 4) {
+            doomed.insert(request.path.substr(0, request.path.find('/', std::strlen("/api/videos/"))));
+        }
+        return fault;
+    };
+    const auto uploadAll = [&] {
+        for (std::size_t first = 0; first < movies.size(); first += 10) {
+            server.setChunkSize(std::to_string(655 + random() % 80'000));
+            std::for_each_n(movies.begin() + static_cast<std::ptrdiff_t>(first), 10,
+                            [&](const QUrl &each) { start(each); });
+            ASSERT_TRUE(ends());
+        }
+    };
+    server.setFault(storm);
+    uploadAll();
+    const RemoteVideos begun = uploader->remote();
+    int ready = 0;
+    for (const QUrl &movie : movies) {
+        const auto remote = uploader->remoteVideo(movie);
+        const bool isReady = remote && remote->isReady();
+        EXPECT_EQ(isReady, remote && !doomed.contains("/api/videos/" + remote->id.toStdString()))
+            << qPrintable(movie.fileName());
+        EXPECT_EQ(isReady, uploader->errors().value(movie.fileName()).isEmpty())
+            << qPrintable(movie.fileName());
+        ready += isReady ? 1 : 0;
+    }
+    EXPECT_GT(ready, 0);
+    EXPECT_LT(ready, kMovies);
+    server.setFault({});
+    uploadAll();
+    const auto videos = server.videos();
+    for (const QUrl &movie : movies) {
+        const RemoteVideo remote = uploader->remoteVideo(movie).value_or(RemoteVideo{});
+        EXPECT_TRUE(remote.isReady());
+        EXPECT_EQ(videos.at(remote.id.toStdString()).content(), FakeFileSystem::read(movie))
+            << qPrintable(movie.fileName());
+        EXPECT_EQ(remote.shareURL, begun.value(movie.fileName(), remote).shareURL);
+    }
+    EXPECT_FALSE(server.hasSeenOverlap());
 }
 
 TEST(UploadIndex, IgnoresWhatIsDamaged)

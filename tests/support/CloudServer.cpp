@@ -5,10 +5,18 @@
 #include <httplib.h>
 
 #include <chrono>
+#include <cstring>
 #include <mutex>
+#include <set>
 #include <thread>
 
 namespace zivra::test {
+
+namespace {
+
+const QByteArray kIncomplete = "incomplete";
+
+} // namespace
 
 struct CloudServer::State {
     httplib::Server server;
@@ -19,12 +27,23 @@ struct CloudServer::State {
     std::string chunkSize;
     std::vector<Request> requests;
     std::map<std::string, Video> videos;
+    std::multiset<std::string> answering; ///< the videos of the requests that are being answered
+    bool overlaps = false;
 
     void handle(const httplib::Request &request, httplib::Response &response)
     {
         const Request note = noted(request);
         std::unique_lock lock(mutex);
         requests.push_back(note);
+        const std::string video = note.path.substr(0, note.path.find('/', std::strlen("/api/videos/")));
+        overlaps |= note.path.starts_with("/api/videos/") && answering.contains(video);
+        const auto entry = answering.insert(video);
+        answerOrFail(note, response, lock);
+        answering.erase(entry);
+    }
+
+    void answerOrFail(const Request &note, httplib::Response &response, std::unique_lock<std::mutex> &lock)
+    {
         const auto wrong = fault ? fault(note) : std::nullopt;
         if (!wrong) {
             serve(note, response);
@@ -33,6 +52,7 @@ struct CloudServer::State {
         lock.unlock();
         std::this_thread::sleep_for(std::chrono::milliseconds(wrong->delay));
         answer(*wrong, response);
+        lock.lock();
     }
 
     static Request noted(const httplib::Request &request)
@@ -80,6 +100,7 @@ struct CloudServer::State {
                 video.chunks[parts.value(4).toInt()] = request.body;
             } else {
                 video.count = request.body.mid(request.body.indexOf(':') + 1).chopped(1).toInt();
+                response.status = video.content() == kIncomplete ? 422 : 200;
             }
         } else {
             response.status = path.startsWith("/api/videos/") ? 404 : 200;
@@ -94,15 +115,16 @@ QByteArray CloudServer::Video::content() const
     for (int index = 0; index < count; ++index) {
         const auto chunk = chunks.find(index);
         if (chunk == chunks.end()) {
-            return "incomplete";
+            return kIncomplete;
         }
         all += chunk->second;
     }
-    return count < 0 ? "incomplete" : all;
+    return count < 0 ? kIncomplete : all;
 }
 
 CloudServer::CloudServer() : m_state(std::make_unique<State>())
 {
+    m_state->server.set_tcp_nodelay(true);
     m_state->server.set_keep_alive_timeout(1); // seconds, for which it takes to end
     const auto handler = [this](const httplib::Request &request, httplib::Response &response) {
         m_state->handle(request, response);
@@ -136,6 +158,12 @@ void CloudServer::setChunkSize(const std::string &json)
 {
     const std::lock_guard lock(m_state->mutex);
     m_state->chunkSize = json;
+}
+
+bool CloudServer::hasSeenOverlap() const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->overlaps;
 }
 
 std::vector<CloudServer::Request> CloudServer::requests() const

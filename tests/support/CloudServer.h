@@ -47,6 +47,8 @@ public:
     void setFault(std::function<std::optional<Fault>(const Request &)> fault);
     /// What new videos are told, as JSON; empty: nothing.
     void setChunkSize(const std::string &json);
+    /// Whether a request ever came while another one for the same video was still being answered.
+    [[nodiscard]] bool hasSeenOverlap() const;
     [[nodiscard]] std::vector<Request> requests() const;
     [[nodiscard]] std::map<std::string, Video> videos() const;
 

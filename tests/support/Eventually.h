@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QEventLoop>
+#include <QTimer>
 
 #include <chrono>
-#include <thread>
 
 namespace zivra {
 
@@ -17,8 +17,9 @@ template <typename Condition>
         if (condition()) {
             return true;
         }
-        QCoreApplication::processEvents();
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        QEventLoop loop;
+        QTimer::singleShot(2, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+        loop.exec();
     }
     return condition();
 }
