@@ -34,7 +34,7 @@ CodecContextPtr openDecoder(const AVCodecParameters &parameters)
         throw PlatformError(kNoPicture);
     }
     checked(avcodec_parameters_to_context(decoder.get(), &parameters), kNoPicture);
-    decoder->thread_count = 0; // as many as there are processors
+    decoder->thread_count = 1; // more take longer to start than the few pictures up to this one to decode
     decoder->skip_loop_filter = AVDISCARD_ALL;
     checked(avcodec_open2(decoder.get(), codec, nullptr), kNoPicture);
     return decoder;
