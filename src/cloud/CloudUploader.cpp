@@ -224,6 +224,11 @@ QCoro::Task<int> CloudUploader::sendChunks(UploadPtr upload, RemoteVideo video)
         co_await sendChunk(upload, path.arg(video.id, QString::number(index)), data);
         sent += data.size();
         setProgress(upload->name, size < 1 ? 1.0 : static_cast<double>(sent) / static_cast<double>(size));
+        co_await sleepByTimer(
+            std::chrono::seconds(0)); // the reply lets go of this chunk before the next is read
+        if (upload->isForgotten) {
+            throw Forgotten();
+        }
     }
     if (upload->source.error() != QFileDevice::NoError) {
         throw PlatformError(readFailureText(upload->source));
