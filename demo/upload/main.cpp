@@ -3,6 +3,7 @@
 
 #include "cloud/CloudUploader.h"
 #include "desktop/media/FFmpegMovieServices.h"
+#include "desktop/network/CurlSender.h"
 #include "desktop/secrets/KeychainSecretStore.h"
 #include "desktop/session/ConsoleAlertPresenter.h"
 #include "desktop/session/DesktopWorkspace.h"
@@ -57,7 +58,9 @@ int main(int argc, char **argv)
     desktop::FFmpegMovieServices movies;
     CloudAccount account({defaults, secrets, workspace, alerts, "demo"});
     account.useManualToken(argv[2]);
-    CloudUploader uploader(account, file.adjusted(QUrl::RemoveFilename | QUrl::StripTrailingSlash), movies);
+    desktop::CurlSender sender;
+    CloudUploader uploader(account, file.adjusted(QUrl::RemoveFilename | QUrl::StripTrailingSlash), movies,
+                           sender);
     QJsonObject report;
     // The first answer has come, as in a program that has been running for a while.
     QObject::connect(&account, &CloudAccount::userEmailChanged, &application, [&] {

@@ -5,6 +5,7 @@
 #include "desktop/audio/PulseDeviceCatalog.h"
 #include "desktop/audio/PulseSoundSourceFactory.h"
 #include "desktop/media/FFmpegMovieServices.h"
+#include "desktop/network/CurlSender.h"
 #include "desktop/process/TerminationSignals.h"
 #include "desktop/secrets/KeychainSecretStore.h"
 #include "desktop/session/ComputerName.h"
@@ -158,7 +159,8 @@ struct Resident {
     UpdateChecker updates{UpdateChecker::standardFeed(), QCoreApplication::applicationVersion(), defaults,
                           notifications};
     AppDelegate delegate;
-    CloudUploader uploader{account, delegate.library().folder(), services.movies};
+    desktop::CurlSender sender;
+    CloudUploader uploader{account, delegate.library().folder(), services.movies, sender};
 
     Resident()
         : delegate(platform, resident, surfaces(),

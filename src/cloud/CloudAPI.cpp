@@ -3,6 +3,7 @@
 #include "cloud/CloudError.h"
 
 #include <QCoreApplication>
+#include <QCoroFuture>
 #include <QCoroNetworkReply>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -19,6 +20,7 @@ namespace zivra {
 namespace {
 
 constexpr int kTimeout = 120'000; // milliseconds without a byte in either direction
+constexpr int kMostRedirections = 5;
 
 struct LaterDeleter {
     void operator()(QNetworkReply *reply) const { reply->deleteLater(); }
@@ -57,6 +59,25 @@ void throwIfUnanswered(const QNetworkReply &reply)
     if (error != QNetworkReply::NoError && error <= kLastTransportError) {
         throw TransportError(reply.errorString().toStdString());
     }
+}
+
+/// The body of an answer with that status. Throws `CloudError` for one that tells of a failure.
+QByteArray contentOf(int status, const QByteArray &body)
+{
+    if (status < 200 || status > 299) {
+        throw CloudError(status, CloudAPI::message(body));
+    }
+    return body;
+}
+
+HttpRequest withBody(const CloudRequest &request, QByteArray body)
+{
+    HttpRequest whole{request.http.url(), request.method, {}, std::move(body)};
+    const QList<QByteArray> names = request.http.rawHeaderList();
+    for (const QByteArray &name : names) {
+        whole.headers.emplace_back(name, request.http.rawHeader(name));
+    }
+    return whole;
 }
 
 /// When the value is an object of arrays of strings, the first string of the first array.
@@ -110,11 +131,29 @@ QCoro::Task<QByteArray> CloudAPI::send(CloudRequest request, std::optional<QByte
     if (isRefused || !status.isValid()) {
         throw CloudError(CloudError::badResponse);
     }
-    QByteArray content = reply->readAll();
-    if (status.toInt() < 200 || status.toInt() > 299) {
-        throw CloudError(status.toInt(), message(content));
+    co_return contentOf(status.toInt(), reply->readAll());
+}
+
+QCoro::Task<QByteArray> CloudAPI::send(CloudRequest request, QByteArray body, HttpSender &sender) const
+{
+    HttpRequest whole = withBody(request, std::move(body));
+    for (int count = 0; count <= kMostRedirections; ++count) {
+        HttpAnswer answer;
+        try {
+            auto received = co_await sender.send(whole);
+            answer = received;
+        } catch (const std::exception &error) {
+            throw TransportError(error.what());
+        }
+        if (answer.redirect.isEmpty()) {
+            co_return contentOf(answer.status, answer.body);
+        }
+        if (!mayFollow(whole.url, answer.redirect)) {
+            break;
+        }
+        whole.url = answer.redirect;
     }
-    co_return content;
+    throw CloudError(CloudError::badResponse);
 }
 
 std::optional<QString> CloudAPI::message(const QByteArray &body)

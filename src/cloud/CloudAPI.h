@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/HttpSender.h"
+
 #include <QByteArray>
 #include <QCoroTask>
 #include <QNetworkRequest>
@@ -32,6 +34,9 @@ struct CloudAPI {
     /// leads to the same host, and not from https to http: elsewhere the token would go with it.
     [[nodiscard]] QCoro::Task<QByteArray> send(CloudRequest request,
                                                std::optional<QByteArray> body = std::nullopt) const;
+    /// The same for a large body, which goes by `sender`. That one must live until the answer is there.
+    [[nodiscard]] QCoro::Task<QByteArray> send(CloudRequest request, QByteArray body,
+                                               HttpSender &sender) const;
 
     /// The server's own words in the body of an error, `{"errors":{"title":["..."]}}` or `{"message":"..."}`.
     [[nodiscard]] static std::optional<QString> message(const QByteArray &body);

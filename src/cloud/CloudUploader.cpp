@@ -86,10 +86,11 @@ bool isWorthAnotherTry(const std::exception_ptr &failure)
 } // namespace
 
 CloudUploader::CloudUploader(CloudAccount &account, const QUrl &folder, MovieServices &movies,
-                             QObject *parent)
+                             HttpSender &sender, QObject *parent)
     : QObject(parent),
       m_account(account),
       m_movies(movies),
+      m_sender(sender),
       m_index(folder.toLocalFile() + QLatin1Char('/') + QLatin1String(kIndexName)),
       m_sleep(sleepByTimer),
       m_remote(m_index.load())
@@ -215,8 +216,10 @@ QCoro::Task<int> CloudUploader::sendChunks(UploadPtr upload, RemoteVideo video)
     const qint64 chunkSize = usableChunkSize(video.chunkSize);
     const qint64 size = upload->source.size();
     int index = 0;
+    QByteArray data; // keeps its memory from chunk to chunk
     for (qint64 sent = 0;; ++index) {
-        const QByteArray data = upload->source.read(chunkSize);
+        data.resize(chunkSize);
+        data.truncate(upload->source.read(data.data(), chunkSize));
         if (data.isEmpty()) {
             break;
         }
@@ -224,11 +227,6 @@ QCoro::Task<int> CloudUploader::sendChunks(UploadPtr upload, RemoteVideo video)
         co_await sendChunk(upload, path.arg(video.id, QString::number(index)), data);
         sent += data.size();
         setProgress(upload->name, size < 1 ? 1.0 : static_cast<double>(sent) / static_cast<double>(size));
-        co_await sleepByTimer(
-            std::chrono::seconds(0)); // the reply lets go of this chunk before the next is read
-        if (upload->isForgotten) {
-            throw Forgotten();
-        }
     }
     if (upload->source.error() != QFileDevice::NoError) {
         throw PlatformError(readFailureText(upload->source));
@@ -245,7 +243,7 @@ QCoro::Task<> CloudUploader::sendChunk(UploadPtr upload, QString path, QByteArra
     for (int attempt = 0;; ++attempt) {
         std::exception_ptr failure;
         try {
-            auto response = co_await upload->api.send(request, data);
+            auto response = co_await upload->api.send(request, data, m_sender);
         } catch (...) {
             failure = std::current_exception();
         }

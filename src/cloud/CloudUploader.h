@@ -4,6 +4,7 @@
 #include "cloud/CloudAccount.h"
 #include "cloud/RemoteVideo.h"
 #include "cloud/UploadIndex.h"
+#include "platform/HttpSender.h"
 #include "platform/MovieAsset.h"
 
 #include <QFuture>
@@ -35,7 +36,7 @@ public:
 
     /// What is handed in outlives the object. The index is kept in the folder; entries that belong to another
     /// server than the account's are dropped.
-    CloudUploader(CloudAccount &account, const QUrl &folder, MovieServices &movies,
+    CloudUploader(CloudAccount &account, const QUrl &folder, MovieServices &movies, HttpSender &sender,
                   QObject *parent = nullptr);
     ~CloudUploader() override;
     Q_DISABLE_COPY_MOVE(CloudUploader)
@@ -80,6 +81,7 @@ private:
 
     CloudAccount &m_account;
     MovieServices &m_movies;
+    HttpSender &m_sender;
     UploadIndex m_index;
     Sleep m_sleep;
     QMap<QString, double> m_progress;

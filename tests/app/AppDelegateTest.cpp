@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/FakeSurfaces.h"
+#include "desktop/network/CurlSender.h"
 #include "support/fakes/FakeCloudDesktop.h"
 #include "support/fakes/FakeHotKeyService.h"
 
@@ -172,7 +173,8 @@ TEST_F(AppDelegateTest, HandsAMovieOverAsFileOrLinkOnceTheVaultHasAnswered)
     secrets.available = false; // it is asked again later
     CloudAccount later{{defaults, secrets, workspace, alerts, {}}};
     later.setServerURL("http://127.0.0.1:9");
-    CloudUploader uploader(later, QUrl::fromLocalFile("/nowhere/"), movies);
+    desktop::CurlSender sender;
+    CloudUploader uploader(later, QUrl::fromLocalFile("/nowhere/"), movies, sender);
     delegate = std::make_unique<AppDelegate>(
         platform, resident, surfaces,
         ApplicationParts{nullptr, &windows, &windows, &later, &uploader, nullptr, nullptr});

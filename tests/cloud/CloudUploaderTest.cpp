@@ -1,5 +1,6 @@
 #include "cloud/CloudUploader.h"
 
+#include "desktop/network/CurlSender.h"
 #include "support/CloudServer.h"
 #include "support/Eventually.h"
 #include "support/PrintQt.h"
@@ -36,7 +37,7 @@ struct CloudUploaderTest : testing::Test {
     }
     void restart()
     {
-        uploader = std::make_unique<CloudUploader>(account, files.moviesDirectory(), movies);
+        uploader = std::make_unique<CloudUploader>(account, files.moviesDirectory(), movies, sender);
         uploader->setSleep([this](std::chrono::seconds time) {
             sleeps.push_back(static_cast<int>(time.count()));
             return QtFuture::makeReadyFuture();
@@ -72,6 +73,7 @@ struct CloudUploaderTest : testing::Test {
     FakeWorkspace workspace;
     FakeAlerts alerts;
     CloudServer server;
+    desktop::CurlSender sender;
     CloudAccount account{{defaults, secrets, workspace, alerts, "here"}};
     std::unique_ptr<CloudUploader> uploader;
     QStringList links;

@@ -125,6 +125,8 @@ QByteArray CloudServer::Video::content() const
 CloudServer::CloudServer() : m_state(std::make_unique<State>())
 {
     m_state->server.set_tcp_nodelay(true);
+    // A thread for each connection that is kept open.
+    m_state->server.new_task_queue = [] { return std::make_unique<httplib::ThreadPool>(32).release(); };
     m_state->server.set_keep_alive_timeout(1); // seconds, for which it takes to end
     const auto handler = [this](const httplib::Request &request, httplib::Response &response) {
         m_state->handle(request, response);
