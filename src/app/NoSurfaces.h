@@ -17,6 +17,10 @@ public:
     void pauseMovie() override {}
     void resumeMovie() override {}
     QCoro::Task<std::optional<QUrl>> stopMovie() override { co_return std::nullopt; }
+    PicturePreview &preview() override { return m_preview; }
+
+private:
+    NoPicture m_preview;
 };
 
 class NoCameraBubble final : public CameraBubbleController {
