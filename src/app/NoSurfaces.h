@@ -3,6 +3,7 @@
 #include "overlays/AreaSelector.h"
 #include "overlays/CameraBubbleController.h"
 #include "overlays/ControlBarController.h"
+#include "overlays/Countdown.h"
 #include "overlays/DrawingOverlayController.h"
 
 namespace zivra {
@@ -43,6 +44,11 @@ class NoControlBar final : public ControlBarController {
 public:
     void show(const Screen &, RecordingControls &) override {}
     void orderOut() override {}
+};
+
+class NoCountdown final : public CountdownController {
+public:
+    QCoro::Task<bool> run(Screen, int) override { co_return true; }
 };
 
 /// Answers with the rectangle it was given instead of asking; without one the choice is called off.

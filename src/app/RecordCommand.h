@@ -61,7 +61,7 @@ private:
     NoCameraBubble m_bubble;
     NoDrawingOverlay m_drawing;
     NoControlBar m_controlBar;
-    CountdownController m_countdown;
+    NoCountdown m_countdown;
     FixedAreaSelector m_areaSelector;
     RecordingCoordinator m_coordinator;
     std::function<void(const std::optional<QUrl> &)> m_onEnd;

@@ -28,7 +28,15 @@
 #include "desktop/x11/XcbConnection.h"
 #include "desktop/x11/capture/X11PictureSourceFactory.h"
 #include "desktop/x11/capture/X11ScreenCaptureAccess.h"
+#include "desktop/x11/panels/X11PanelSurfaces.h"
+#include "overlays/AreaSelectorPanel.h"
+#include "overlays/CameraBubble.h"
+#include "overlays/ControlBar.h"
+#include "overlays/CountdownPanel.h"
+#include "overlays/DrawingOverlay.h"
+#include "overlays/Tooltips.h"
 #include "platform/PlatformError.h"
+#include "ui/ViewLoader.h"
 
 #include <QApplication>
 #include <QCoreApplication>
@@ -145,11 +153,15 @@ struct Resident {
     desktop::QtPasteboard pasteboard;
     ResidentPlatform resident{hotKeys, statusItem, pasteboard};
     NoCamera camera;
-    NoCameraBubble bubble;
-    NoDrawingOverlay drawing;
-    NoControlBar controlBar;
-    CountdownController countdown;
-    FixedAreaSelector areaSelector{std::nullopt};
+    ViewLoader views;
+    desktop::X11PanelSurfaces panelSurfaces;
+    PanelMaker panels{panelSurfaces, views};
+    Tooltips tooltips{panels};
+    CameraBubble bubble{panels};
+    DrawingOverlay drawing{panels, services.clock};
+    ControlBar controlBar{panels, drawing.model()};
+    CountdownPanel countdown{panels};
+    AreaSelectorPanel areaSelector{panels};
     LibraryFolder libraryWindow{services.workspace, [this] { return delegate.library().folder(); }};
     desktop::KeychainSecretStore secrets;
     desktop::DBusNotificationCenter notifications;

@@ -1,0 +1,90 @@
+#include "desktop/x11/panels/PanelWindow.h"
+
+#include <QBitmap>
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QRegion>
+#include <QScreen>
+#include <QTransform>
+
+#include <utility>
+
+namespace zivra::desktop {
+
+PanelWindow::PanelWindow(bool takesKeyboard, bool ignoresMouse, bool isMovableByBackground)
+    : m_isMovableByBackground(isMovableByBackground)
+{
+    Qt::WindowFlags flags = Qt::FramelessWindowHint | Qt::Tool | Qt::BypassWindowManagerHint |
+                            Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint;
+    flags.setFlag(Qt::WindowDoesNotAcceptFocus, !takesKeyboard);
+    flags.setFlag(Qt::WindowTransparentForInput, ignoresMouse);
+    setFlags(flags);
+    setColor(Qt::transparent);
+    connect(
+        this, &QQuickWindow::frameSwapped, this,
+        [this] {
+            if (m_isCutOut) {
+                cutOut();
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+void PanelWindow::setFrame(const QRect &frame)
+{
+    QScreen *const screen = QGuiApplication::screenAt(frame.center());
+    if (screen != nullptr) {
+        setScreen(screen);
+    }
+    setGeometry(frame);
+}
+
+void PanelWindow::mousePressEvent(QMouseEvent *event)
+{
+    QQuickWindow::mousePressEvent(event);
+    const bool isTaken = event->isAccepted();
+    if (!isTaken && m_isMovableByBackground && event->button() == Qt::LeftButton) {
+        m_draggedAt = event->scenePosition();
+        event->accept();
+    }
+}
+
+void PanelWindow::mouseMoveEvent(QMouseEvent *event)
+{
+    if (m_draggedAt) {
+        // The window manager does not move windows that it does not know.
+        setPosition((event->globalPosition() - *m_draggedAt).toPoint());
+        return;
+    }
+    QQuickWindow::mouseMoveEvent(event);
+}
+
+void PanelWindow::mouseReleaseEvent(QMouseEvent *event)
+{
+    m_draggedAt.reset();
+    QQuickWindow::mouseReleaseEvent(event);
+}
+
+void PanelWindow::setCutOut(bool cutOut)
+{
+    if (std::exchange(m_isCutOut, cutOut) && !cutOut) {
+        setMask({});
+    }
+}
+
+void PanelWindow::cutOut()
+{
+    if (std::exchange(m_isCutting, true)) {
+        return;
+    }
+    const QImage picture = grabWindow();
+    m_isCutting = false;
+    const QImage mask = picture.createAlphaMask(Qt::ThresholdDither | Qt::AvoidDither);
+    const QRegion pixels(QBitmap::fromImage(mask));
+    const QRegion region = QTransform::fromScale(1 / devicePixelRatio(), 1 / devicePixelRatio()).map(pixels);
+    if (region != this->mask()) {
+        setMask(region.isEmpty() ? QRegion(0, 0, 1, 1) : region);
+    }
+}
+
+} // namespace zivra::desktop
