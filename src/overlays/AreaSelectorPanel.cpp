@@ -15,7 +15,7 @@ QCoro::Task<std::optional<QRectF>> AreaSelectorPanel::select(Screen screen)
     const auto model = std::make_unique<AreaSelectionModel>();
     const auto panel = std::make_unique<OverlayPanel>(
         m_maker,
-        PanelStyle{.title = QStringLiteral("Zivra Area Selector"),
+        PanelStyle{.title = QStringLiteral("Area Selector"),
                    .level = kScreenSaverLevel,
                    .takesKeyboard = true,
                    .opaque = PanelStyle::Opaque::FrozenScreen},

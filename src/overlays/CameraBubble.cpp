@@ -32,7 +32,7 @@ void CameraBubble::makePanel()
 {
     qmlRegisterType<CameraPicture>("Zivra.Camera", 1, 0, "CameraPicture");
     m_panel.emplace(m_maker,
-                    PanelStyle{.title = QStringLiteral("Zivra Camera"),
+                    PanelStyle{.title = QStringLiteral("Camera"),
                                .level = kCameraBubbleLevel,
                                .isMovableByBackground = true},
                     QStringLiteral("Overlays/BubbleView.qml"),

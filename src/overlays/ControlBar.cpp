@@ -30,7 +30,7 @@ void ControlBar::makePanel(RecordingControls &controls)
 {
     m_model = std::make_unique<ControlBarModel>(controls, m_drawing);
     m_panel.emplace(m_maker,
-                    PanelStyle{.title = QStringLiteral("Zivra Controls"),
+                    PanelStyle{.title = QStringLiteral("Controls"),
                                .level = kStatusBarLevel,
                                .isMovableByBackground = true},
                     QStringLiteral("Overlays/ControlBarView.qml"),

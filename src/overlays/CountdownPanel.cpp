@@ -15,7 +15,7 @@ QCoro::Task<bool> CountdownPanel::run(Screen screen, int seconds)
     constexpr QSizeF kSize(260, 290);
     const auto model = std::make_unique<CountdownModel>(seconds);
     const auto panel = std::make_unique<OverlayPanel>(
-        m_maker, PanelStyle{.title = QStringLiteral("Zivra Countdown"), .level = kStatusBarLevel},
+        m_maker, PanelStyle{.title = QStringLiteral("Countdown"), .level = kStatusBarLevel},
         QStringLiteral("Overlays/CountdownView.qml"),
         QVariantMap{{QStringLiteral("model"), QVariant::fromValue(model.get())}});
     QPromise<bool> answer;

@@ -119,17 +119,21 @@ void DrawingCanvas::showTile(QSGNode &parent, const QRect &tile)
         return;
     }
     const double scale = window()->effectiveDevicePixelRatio();
-    if (node == nullptr) {
+    const bool isNew = node == nullptr;
+    if (isNew) {
         node = window()->createImageNode();
         node->setFiltering(QSGTexture::Nearest);
         node->setOwnsTexture(true);
         node->setRect(QRectF(QPointF(tile.topLeft()) / scale, QSizeF(tile.size()) / scale));
-        parent.appendChildNode(node);
     }
     node->setTexture(window()->createTextureFromImage(m_painter.picture().copy(tile),
                                                       QQuickWindow::TextureHasAlphaChannel));
     node->setSourceRect(QRectF(QPointF(0, 0), QSizeF(tile.size())));
-    node->markDirty(QSGNode::DirtyMaterial);
+    if (isNew) {
+        parent.appendChildNode(node); // the renderer takes in no node without a texture
+    } else {
+        node->markDirty(QSGNode::DirtyMaterial);
+    }
 }
 
 QRegion DrawingCanvas::visibleRegion() const

@@ -20,7 +20,7 @@ void DrawingOverlay::show(const Screen &screen)
 {
     if (!m_panel) {
         m_panel.emplace(m_maker,
-                        PanelStyle{.title = QStringLiteral("Zivra Drawing"),
+                        PanelStyle{.title = QStringLiteral("Drawing"),
                                    .level = kFloatingLevel,
                                    .ignoresMouse = true},
                         std::make_unique<DrawingCanvas>(m_model));

@@ -14,12 +14,13 @@ namespace zivra {
 namespace {
 
 constexpr double kDistance = 8; ///< points between the item and its text
+constexpr double kSideDistance = 15; ///< clear of the bar that the item is in
 constexpr double kScreenMargin = 4;
 
 QRectF besides(const QRectF &item, int edge, QSizeF size)
 {
     if (edge == Qt::RightEdge) {
-        return {QPointF(item.right() + kDistance, item.center().y() - size.height() / 2), size};
+        return {QPointF(item.right() + kSideDistance, item.center().y() - size.height() / 2), size};
     }
     return {QPointF(item.center().x() - size.width() / 2, item.bottom() + kDistance), size};
 }
@@ -27,7 +28,7 @@ QRectF besides(const QRectF &item, int edge, QSizeF size)
 QRectF keptIn(QRectF frame, const QRectF &item, const QRectF &screen)
 {
     if (frame.right() > screen.right() - kScreenMargin && frame.left() >= item.right()) {
-        frame.moveRight(item.left() - kDistance);
+        frame.moveRight(item.left() - kSideDistance);
     }
     if (frame.bottom() > screen.bottom() - kScreenMargin && frame.top() >= item.bottom()) {
         frame.moveBottom(item.top() - kDistance);
@@ -98,7 +99,7 @@ void Tooltips::show()
     }
     if (!m_panel) {
         m_panel.emplace(m_maker,
-                        PanelStyle{.title = QStringLiteral("Zivra Tooltip"),
+                        PanelStyle{.title = QStringLiteral("Tooltip"),
                                    .level = kToolTipLevel,
                                    .ignoresMouse = true},
                         QStringLiteral("Overlays/TooltipView.qml"),
