@@ -12,6 +12,9 @@
 namespace zivra {
 
 /// What `work`, which does not throw, gives when it is its turn on the queue.
+///
+/// A coroutine calls it in a statement of its own, before it awaits the result: g++ 12 destroys what a lambda
+/// in an awaiting expression has captured twice.
 template <typename Work>
 [[nodiscard]] auto resultFrom(SerialQueue &queue, Work work) -> QFuture<std::invoke_result_t<Work>>
 {

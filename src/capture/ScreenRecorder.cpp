@@ -114,8 +114,8 @@ QCoro::Task<std::optional<QUrl>> ScreenRecorder::stop()
         }
     }
     // After every sample that is queued already.
-    const std::optional<QFuture<void>> closing =
-        co_await resultFrom(*queue, [movie] { return movie->finish(); });
+    const auto finishing = resultFrom(*queue, [movie] { return movie->finish(); });
+    const std::optional<QFuture<void>> closing = co_await finishing;
     if (!closing) {
         co_return std::nullopt;
     }

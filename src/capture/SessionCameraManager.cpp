@@ -63,13 +63,14 @@ QCoro::Task<std::optional<QUrl>> SessionCameraManager::stopMovie()
     const auto queue = m_queue;
     const auto session = m_session;
     m_holdTimer.stop();
-    const std::optional<QFuture<void>> closing =
-        co_await resultFrom(*queue, [session] { return session->stopMovie(); });
+    const auto stopping = resultFrom(*queue, [session] { return session->stopMovie(); });
+    const std::optional<QFuture<void>> closing = co_await stopping;
     if (!closing) {
         co_return std::nullopt;
     }
     co_await *closing;
-    const std::optional<QUrl> file = co_await resultFrom(*queue, [session] { return session->endMovie(); });
+    const auto ending = resultFrom(*queue, [session] { return session->endMovie(); });
+    const std::optional<QUrl> file = co_await ending;
     co_return file;
 }
 
