@@ -2,6 +2,7 @@
 
 #include "desktop/camera/CameraBackend.h"
 #include "desktop/camera/DemoCamera.h"
+#include "desktop/camera/PipeWireCameras.h"
 #include "desktop/camera/V4L2Cameras.h"
 #include "platform/PlatformError.h"
 
@@ -16,6 +17,7 @@ std::vector<std::unique_ptr<CameraBackend>> backendsOfThisDesktop()
 {
     std::vector<std::unique_ptr<CameraBackend>> backends;
     backends.push_back(std::make_unique<V4L2Cameras>(makeKernelV4L2()));
+    backends.push_back(std::make_unique<PipeWireCameras>());
     if (qgetenv("ZIVRA_DEMO_CAMERA") == "1") {
         backends.push_back(std::make_unique<DemoCamera>());
     }
