@@ -8,21 +8,7 @@
 
 namespace zivra {
 
-// What a take without surfaces of its own shows on the screen: nothing. It has no camera either.
-
-class NoCamera final : public CameraManager {
-public:
-    void start(const std::optional<CaptureDevice> &, VideoQuality) override {}
-    void stop() override {}
-    void startMovie(const std::optional<CaptureDevice> &, const QUrl &) override {}
-    void pauseMovie() override {}
-    void resumeMovie() override {}
-    QCoro::Task<std::optional<QUrl>> stopMovie() override { co_return std::nullopt; }
-    PicturePreview &preview() override { return m_preview; }
-
-private:
-    NoPicture m_preview;
-};
+// What a take without surfaces of its own shows on the screen: nothing.
 
 class NoCameraBubble final : public CameraBubbleController {
 public:
