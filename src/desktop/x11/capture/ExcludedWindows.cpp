@@ -13,11 +13,6 @@ namespace {
 
 constexpr int kSentByClient = 0x80;
 
-bool isReparenting(const xcb_generic_event_t &event)
-{
-    return (event.response_type & ~kSentByClient) == XCB_REPARENT_NOTIFY;
-}
-
 /// The window that was made, shown, or given to the root or to a window manager's frame.
 xcb_window_t appearing(const xcb_generic_event_t &event)
 {
@@ -72,10 +67,21 @@ void ExcludedWindows::addWindowsOfProcess()
     m_windows.erase(std::ranges::unique(m_windows).begin(), m_windows.end());
 }
 
-/// What sits in another program's window, as an icon in the tray does, is a part of that one.
-bool ExcludedWindows::isEmbedded(xcb_window_t window) const
+/// An icon in the tray is a part of the tray's window, which is to be seen.
+bool ExcludedWindows::isPutInTray(const xcb_generic_event_t &event) const
 {
-    return !m_connection.values(window, m_connection.atom("_XEMBED_INFO")).empty();
+    if ((event.response_type & ~kSentByClient) != XCB_REPARENT_NOTIFY) {
+        return false;
+    }
+    const auto &reparenting = reinterpret_cast<const xcb_reparent_notify_event_t &>(event);
+    const auto tray = m_connection.reply(
+        xcb_get_selection_owner_reply,
+        xcb_get_selection_owner(m_connection.get(), m_connection.atom("_NET_SYSTEM_TRAY_S0")));
+    const std::uint32_t withinClient = xcb_get_setup(m_connection.get())->resource_id_mask;
+    const bool isOfTray = tray && tray->owner != XCB_WINDOW_NONE &&
+                          (tray->owner & ~withinClient) == (reparenting.parent & ~withinClient);
+    // A desktop's shell may be tray and window manager at once; only the latter gives windows a state.
+    return isOfTray && m_connection.values(reparenting.window, m_connection.atom("WM_STATE")).empty();
 }
 
 void ExcludedWindows::note(const xcb_generic_event_t &event)
@@ -85,7 +91,7 @@ void ExcludedWindows::note(const xcb_generic_event_t &event)
         return;
     }
     const auto known = std::ranges::find(m_windows, window);
-    if (isReparenting(event) && isEmbedded(window)) {
+    if (isPutInTray(event)) {
         std::erase(m_windows, window);
     } else if (known == m_windows.end() && isOfProcess(window)) {
         m_windows.push_back(window);

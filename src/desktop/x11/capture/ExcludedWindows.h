@@ -25,7 +25,7 @@ public:
 private:
     void addWindowsOfProcess();
     [[nodiscard]] bool isOfProcess(xcb_window_t window) const;
-    [[nodiscard]] bool isEmbedded(xcb_window_t window) const;
+    [[nodiscard]] bool isPutInTray(const xcb_generic_event_t &event) const;
 
     const XcbConnection &m_connection;
     std::int64_t m_processID = 0; ///< 0: none

@@ -3,6 +3,7 @@
 #include <QBitmap>
 #include <QGuiApplication>
 #include <QMouseEvent>
+#include <QQuickItem>
 #include <QRegion>
 #include <QScreen>
 #include <QTransform>
@@ -77,14 +78,25 @@ void PanelWindow::cutOut()
     if (std::exchange(m_isCutting, true)) {
         return;
     }
-    const QImage picture = grabWindow();
+    const QRegion region = drawnRegion();
     m_isCutting = false;
-    const QImage mask = picture.createAlphaMask(Qt::ThresholdDither | Qt::AvoidDither);
-    const QRegion pixels(QBitmap::fromImage(mask));
-    const QRegion region = QTransform::fromScale(1 / devicePixelRatio(), 1 / devicePixelRatio()).map(pixels);
-    if (region != this->mask()) {
+    if (region != mask()) {
         setMask(region.isEmpty() ? QRegion(0, 0, 1, 1) : region);
     }
+}
+
+QRegion PanelWindow::drawnRegion()
+{
+    // A view as large as the screen tells by a property of this name what of it there is to see.
+    for (const QQuickItem *item : contentItem()->childItems()) {
+        const QVariant told = item->property("visibleRegion");
+        if (told.isValid()) {
+            return told.value<QRegion>();
+        }
+    }
+    const QImage mask = grabWindow().createAlphaMask(Qt::ThresholdDither | Qt::AvoidDither);
+    const double scale = 1 / devicePixelRatio();
+    return QTransform::fromScale(scale, scale).map(QRegion(QBitmap::fromImage(mask)));
 }
 
 } // namespace zivra::desktop

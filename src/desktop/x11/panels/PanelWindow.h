@@ -16,6 +16,7 @@ public:
     void setIgnoresMouse(bool ignores) { setFlag(Qt::WindowTransparentForInput, ignores); }
     /// From now on the window has the shape of what is drawn in it, or is a rectangle.
     void setCutOut(bool cutOut);
+    [[nodiscard]] bool isCutOut() const { return m_isCutOut; }
 
 protected:
     void mousePressEvent(QMouseEvent *event) override;
@@ -24,6 +25,7 @@ protected:
 
 private:
     void cutOut();
+    [[nodiscard]] QRegion drawnRegion();
 
     bool m_isMovableByBackground;
     bool m_isCutOut = false;

@@ -87,9 +87,30 @@ void X11PanelSurface::orderOut()
         m_window.setKeyboardGrabEnabled(false);
         m_focus.giveBack(m_windowID);
     }
+    dropCatcher();
     m_stack.remove(m_windowID);
     m_window.hide();
     m_frozenScreen.reset();
+}
+
+void X11PanelSurface::setIgnoresMouse(bool ignores)
+{
+    m_window.setIgnoresMouse(ignores);
+    dropCatcher();
+    // A panel that starts without the mouse is a sheet that shows little of its rectangle.
+    if (!ignores && m_style.ignoresMouse && m_window.isCutOut() && m_window.isVisible()) {
+        m_catcher = std::make_unique<MouseCatcher>(m_window);
+        m_stack.add(m_catcher->window(), m_style.level);
+        m_stack.add(m_windowID, m_style.level);
+    }
+}
+
+void X11PanelSurface::dropCatcher()
+{
+    if (m_catcher) {
+        m_stack.remove(m_catcher->window());
+        m_catcher.reset();
+    }
 }
 
 void X11PanelSurface::prepareForOpaqueDesktop()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desktop/x11/panels/FocusKeeper.h"
+#include "desktop/x11/panels/MouseCatcher.h"
 #include "desktop/x11/panels/PanelStack.h"
 #include "desktop/x11/panels/PanelWindow.h"
 #include "platform/PanelSurface.h"
@@ -26,17 +27,19 @@ public:
     void orderFront() override;
     void orderOut() override;
     [[nodiscard]] bool isVisible() const override { return m_window.isVisible(); }
-    void setIgnoresMouse(bool ignores) override { m_window.setIgnoresMouse(ignores); }
+    void setIgnoresMouse(bool ignores) override;
     [[nodiscard]] std::uint32_t windowID() const override { return m_windowID; }
 
 private:
     void prepareForOpaqueDesktop();
+    void dropCatcher();
 
     PanelStyle m_style;
     PanelStack &m_stack;
     FocusKeeper m_focus;
     PanelWindow m_window;
     std::unique_ptr<QQuickItem> m_frozenScreen; ///< null on a desktop that blends windows
+    std::unique_ptr<MouseCatcher> m_catcher;    ///< only while a cut-out sheet takes the mouse
     std::uint32_t m_windowID;
 };
 
