@@ -43,7 +43,7 @@ void PanelWindow::setFrame(const QRect &frame)
 void PanelWindow::mousePressEvent(QMouseEvent *event)
 {
     QQuickWindow::mousePressEvent(event);
-    const bool isTaken = event->isAccepted();
+    const bool isTaken = mouseGrabberItem() != nullptr;
     if (!isTaken && m_isMovableByBackground && event->button() == Qt::LeftButton) {
         m_draggedAt = event->scenePosition();
         event->accept();
