@@ -74,6 +74,10 @@ ContentFilter contentFilter(const CapturePlan &plan, const ShareableContent &con
     filter.kind = onlyOneWindow ? ContentFilter::Kind::DisplayIncludingWindows
                                 : ContentFilter::Kind::DisplayExcludingWindows;
     filter.displayID = plan.displayID;
+    if (!onlyOneWindow) {
+        filter.excludedProcessID = ownProcessID;
+        filter.keptWindowIDs.assign(kept.begin(), kept.end());
+    }
     for (const ShareableWindow &window : content.windows) {
         const bool isKept = kept.contains(window.windowID);
         const bool isOurs = window.owningApplication && window.owningApplication->processID == ownProcessID;

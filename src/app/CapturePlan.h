@@ -36,7 +36,8 @@ struct CapturePlan {
 [[nodiscard]] CapturePlan planForWindow(const ShareableContent &content, std::uint32_t windowID);
 
 /// What the take shows: for a window only that and the kept ones, otherwise everything but the windows
-/// of process `ownProcessID` that are not kept. `kept` holds window numbers.
+/// of process `ownProcessID` that are not kept, also of those it opens during the take. `kept` holds window
+/// numbers.
 [[nodiscard]] ContentFilter contentFilter(const CapturePlan &plan, const ShareableContent &content,
                                           const std::set<std::uint32_t> &kept, std::int64_t ownProcessID);
 

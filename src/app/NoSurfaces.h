@@ -3,21 +3,12 @@
 #include "overlays/AreaSelector.h"
 #include "overlays/CameraBubbleController.h"
 #include "overlays/ControlBarController.h"
+#include "overlays/Countdown.h"
 #include "overlays/DrawingOverlayController.h"
 
 namespace zivra {
 
-// What a take without surfaces of its own shows on the screen: nothing. It has no camera either.
-
-class NoCamera final : public CameraManager {
-public:
-    void start(const std::optional<CaptureDevice> &, VideoQuality) override {}
-    void stop() override {}
-    void startMovie(const std::optional<CaptureDevice> &, const QUrl &) override {}
-    void pauseMovie() override {}
-    void resumeMovie() override {}
-    QCoro::Task<std::optional<QUrl>> stopMovie() override { co_return std::nullopt; }
-};
+// What a take without surfaces of its own shows on the screen: nothing.
 
 class NoCameraBubble final : public CameraBubbleController {
 public:
@@ -39,6 +30,11 @@ class NoControlBar final : public ControlBarController {
 public:
     void show(const Screen &, RecordingControls &) override {}
     void orderOut() override {}
+};
+
+class NoCountdown final : public CountdownController {
+public:
+    QCoro::Task<bool> run(Screen, int) override { co_return true; }
 };
 
 /// Answers with the rectangle it was given instead of asking; without one the choice is called off.

@@ -95,11 +95,13 @@ VideoQuality quality(const QString &option, const QString &value)
     return *known;
 }
 
-void requireMode(const QString &option, const QString &value)
+RecordingMode mode(const QString &option, const QString &value)
 {
-    if (value != QString(rawValue(RecordingMode::ScreenOnly))) {
-        refuse(option, value, QStringLiteral("screenOnly"));
+    const auto known = recordingModeFromRawValue(value);
+    if (!known || *known == RecordingMode::ScreenAndCamera) {
+        refuse(option, value, QStringLiteral("screenOnly or cameraOnly"));
     }
+    return *known;
 }
 
 /// What is only told in part follows from the rest: a window or a rectangle names its area.
@@ -125,13 +127,14 @@ RecordArguments RecordArguments::parse(const QStringList &arguments)
 {
     RecordArguments result;
     bool areaGiven = false;
+    bool cameraGiven = false;
     Words words(arguments);
     while (!words.atEnd()) {
         const QString option = words.take();
         if (option == QLatin1String("--seconds")) {
             result.seconds = zivra::seconds(option, words.valueOf(option));
         } else if (option == QLatin1String("--mode")) {
-            requireMode(option, words.valueOf(option));
+            result.mode = zivra::mode(option, words.valueOf(option));
         } else if (option == QLatin1String("--area")) {
             result.area = zivra::area(option, words.valueOf(option));
             areaGiven = true;
@@ -148,11 +151,17 @@ RecordArguments RecordArguments::parse(const QStringList &arguments)
         } else if (option == QLatin1String("--microphone")) {
             result.microphone = true;
             result.microphoneID = words.optionalValue().value_or(QString());
+        } else if (option == QLatin1String("--camera")) {
+            cameraGiven = true;
+            result.cameraID = words.optionalValue().value_or(QString());
         } else if (option == QLatin1String("--clicks")) {
             result.clicks = true;
         } else {
             throw ArgumentError(QStringLiteral("unknown option \"%1\"").arg(option));
         }
+    }
+    if (cameraGiven && result.mode == RecordingMode::ScreenOnly) {
+        throw ArgumentError(QStringLiteral("--camera needs --mode cameraOnly"));
     }
     return completed(result, areaGiven);
 }

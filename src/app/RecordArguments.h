@@ -30,6 +30,7 @@ struct RecordArguments {
     bool systemAudio = false;
     bool microphone = false;
     QString microphoneID; ///< empty: the default one
+    QString cameraID;     ///< empty: the default one
     bool clicks = false;
 
     /// Reads what follows the word "record". Throws `ArgumentError`.

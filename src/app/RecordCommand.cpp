@@ -1,6 +1,7 @@
 #include "app/RecordCommand.h"
 
-#include <algorithm>
+#include "app/ChosenDevices.h"
+
 #include <chrono>
 #include <cmath>
 #include <utility>
@@ -26,7 +27,7 @@ QPointF ScreensAsIfMouseOn::mouseLocation() const
     return screen ? screen->frame.center() : m_screens.mouseLocation();
 }
 
-RecordCommand::RecordCommand(Platform platform, RecordArguments arguments)
+RecordCommand::RecordCommand(Platform platform, CameraManager &camera, RecordArguments arguments)
     : m_arguments(std::move(arguments)),
       m_screens(platform.screens, m_arguments.displayID),
       m_platform(withScreens(platform, m_screens)),
@@ -35,9 +36,9 @@ RecordCommand::RecordCommand(Platform platform, RecordArguments arguments)
       m_library(m_platform.files, m_platform.movies),
       m_permissions(m_platform.authorization, m_platform.workspace),
       m_areaSelector(m_arguments.rectangle),
-      m_coordinator(coordinatorCollaborators(
-          m_platform, m_settings, m_devices, m_library, m_permissions,
-          {m_camera, m_bubble, m_drawing, m_controlBar, m_countdown, m_areaSelector}))
+      m_coordinator(
+          coordinatorCollaborators(m_platform, m_settings, m_devices, m_library, m_permissions,
+                                   {camera, m_bubble, m_drawing, m_controlBar, m_countdown, m_areaSelector}))
 {
     applyArguments();
     m_limit.setSingleShot(true);
@@ -54,6 +55,7 @@ void RecordCommand::applyArguments()
     m_settings.setDisplayID(m_arguments.displayID);
     m_settings.setQuality(m_arguments.quality);
     m_settings.setSystemAudio(m_arguments.systemAudio);
+    m_settings.setCameraID(m_arguments.cameraID);
     m_settings.setMicEnabled(m_arguments.microphone);
     m_settings.setMicID(m_arguments.microphoneID);
     m_settings.setHighlightClicks(m_arguments.clicks);
@@ -82,12 +84,19 @@ QString RecordCommand::missingDevice() const
     if (m_arguments.displayID != 0 && !screenWithID(m_screens, m_arguments.displayID)) {
         return QStringLiteral("there is no display %1").arg(m_arguments.displayID);
     }
-    const auto known = m_devices.microphones();
     if (!m_arguments.microphoneID.isEmpty() &&
-        std::ranges::find(known, m_arguments.microphoneID, &CaptureDevice::uniqueID) == known.end()) {
+        !deviceWithID(m_devices.microphones(), m_arguments.microphoneID)) {
         return QStringLiteral("there is no microphone \"%1\"").arg(m_arguments.microphoneID);
     }
-    return {};
+    return m_arguments.mode == RecordingMode::ScreenOnly ? QString() : missingCamera();
+}
+
+QString RecordCommand::missingCamera() const
+{
+    if (!m_arguments.cameraID.isEmpty() && !deviceWithID(m_devices.cameras(), m_arguments.cameraID)) {
+        return QStringLiteral("there is no camera \"%1\"").arg(m_arguments.cameraID);
+    }
+    return m_devices.cameras().empty() ? QStringLiteral("there is no camera") : QString();
 }
 
 void RecordCommand::stop()

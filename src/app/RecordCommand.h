@@ -35,7 +35,7 @@ class RecordCommand : public QObject {
     Q_OBJECT
 
 public:
-    RecordCommand(Platform platform, RecordArguments arguments);
+    RecordCommand(Platform platform, CameraManager &camera, RecordArguments arguments);
 
     /// `onEnd` is called once, with the movie or without when there is none; `onTrouble` with each line
     /// of what went wrong on the way.
@@ -48,6 +48,7 @@ private:
     void applyArguments();
     /// In words, what the arguments name and the desktop does not have; empty when all is there.
     [[nodiscard]] QString missingDevice() const;
+    [[nodiscard]] QString missingCamera() const;
     void phaseChanged();
 
     RecordArguments m_arguments;
@@ -57,11 +58,10 @@ private:
     Devices m_devices;
     Library m_library;
     Permissions m_permissions;
-    NoCamera m_camera;
     NoCameraBubble m_bubble;
     NoDrawingOverlay m_drawing;
     NoControlBar m_controlBar;
-    CountdownController m_countdown;
+    NoCountdown m_countdown;
     FixedAreaSelector m_areaSelector;
     RecordingCoordinator m_coordinator;
     std::function<void(const std::optional<QUrl> &)> m_onEnd;

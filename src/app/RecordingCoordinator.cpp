@@ -35,6 +35,7 @@ RecordingCoordinator::RecordingCoordinator(Collaborators collaborators, QObject 
     // The notice comes before the change, so the preview follows one turn of the event loop later.
     connect(
         &m_with.settings, &Settings::willChange, this, [this] { m_preview.refresh(); }, Qt::QueuedConnection);
+    connect(&m_with.settings, &Settings::shortcutsChanged, this, &RecordingCoordinator::shortcutsChanged);
     m_with.bubble.onSize = [this](BubbleSize size) {
         m_with.settings.setBubbleSize(size);
         m_with.bubble.resize(size);

@@ -70,6 +70,10 @@ public:
     [[nodiscard]] double elapsed() const override { return m_elapsed; }
     [[nodiscard]] bool cameraHidden() const override { return m_cameraHidden; }
     [[nodiscard]] RecordingMode mode() const override { return m_mode; }
+    [[nodiscard]] std::optional<Shortcut> shortcut(ShortcutAction action) const override
+    {
+        return m_with.settings.shortcut(action);
+    }
 
     void start() override;
     void togglePause() override;

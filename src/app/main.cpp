@@ -1,9 +1,10 @@
 #include "app/AppDelegate.h"
 #include "app/LibraryFolder.h"
-#include "app/NoSurfaces.h"
 #include "app/RecordCommand.h"
+#include "capture/SessionCameraManager.h"
 #include "desktop/audio/PulseDeviceCatalog.h"
 #include "desktop/audio/PulseSoundSourceFactory.h"
+#include "desktop/camera/DesktopCameras.h"
 #include "desktop/media/FFmpegMovieServices.h"
 #include "desktop/network/CurlSender.h"
 #include "desktop/process/TerminationSignals.h"
@@ -21,6 +22,7 @@
 #include "desktop/session/TrayStatusItem.h"
 #include "desktop/session/UserMediaAuthorization.h"
 #include "desktop/stream/ComposedCaptureStream.h"
+#include "desktop/stream/ComposedDeviceCatalog.h"
 #include "desktop/threads/MonotonicClock.h"
 #include "desktop/threads/ThreadSerialQueue.h"
 #include "desktop/x11/X11ContentQuery.h"
@@ -29,7 +31,15 @@
 #include "desktop/x11/XcbConnection.h"
 #include "desktop/x11/capture/X11PictureSourceFactory.h"
 #include "desktop/x11/capture/X11ScreenCaptureAccess.h"
+#include "desktop/x11/panels/X11PanelSurfaces.h"
+#include "overlays/AreaSelectorPanel.h"
+#include "overlays/CameraBubble.h"
+#include "overlays/ControlBar.h"
+#include "overlays/CountdownPanel.h"
+#include "overlays/DrawingOverlay.h"
+#include "overlays/Tooltips.h"
 #include "platform/PlatformError.h"
+#include "ui/ViewLoader.h"
 
 #include <QApplication>
 #include <QCoreApplication>
@@ -53,7 +63,7 @@ constexpr auto kHelp =
     "\n"
     "Options of record:\n"
     "  --seconds N           end after N seconds; otherwise at SIGINT (Ctrl+C) or SIGTERM\n"
-    "  --mode screenOnly     what is recorded (default: screenOnly)\n"
+    "  --mode MODE           screenOnly or cameraOnly (default: screenOnly)\n"
     "  --area AREA           fullScreen, window or customArea (default: fullScreen)\n"
     "  --window ID           the window to record\n"
     "  --rect X,Y,W,H        the rectangle to record, in points from the display's top left\n"
@@ -61,6 +71,7 @@ constexpr auto kHelp =
     "  --quality HEIGHT      greatest height of the movie: 480, 720 or 1080 (default: 1080)\n"
     "  --system-audio        record the computer's sound\n"
     "  --microphone [ID]     record a microphone (default: the desktop's choice)\n"
+    "  --camera [ID]         the camera of --mode cameraOnly (default: the first one)\n"
     "  --clicks              show mouse clicks\n";
 
 void printLine(std::FILE *stream, const QString &line)
@@ -83,13 +94,16 @@ struct CaptureServices {
     desktop::X11ScreenCaptureAccess screenAccess;
     desktop::UserMediaAuthorization authorization;
     std::shared_ptr<desktop::PulseServer> soundServer = desktop::connectToPulseServer();
-    desktop::PulseDeviceCatalog deviceCatalog{soundServer};
+    desktop::DesktopCameras cameras;
+    desktop::PulseDeviceCatalog microphones{soundServer};
+    desktop::ComposedDeviceCatalog deviceCatalog{cameras, microphones};
     desktop::X11PictureSourceFactory pictures;
     desktop::PulseSoundSourceFactory sounds{soundServer};
     desktop::ComposedCaptureStreamFactory captureStreams{pictures, sounds};
     desktop::FFmpegMovieServices movies;
     desktop::DesktopFileSystem files;
     desktop::DesktopWorkspace workspace;
+    SessionCameraManager camera{{cameras, sounds, movies, clock}, queues};
 
     [[nodiscard]] Platform platform(UserDefaults &defaults, AlertPresenter &alerts)
     {
@@ -119,7 +133,7 @@ int record(int argc, char **argv)
     desktop::TransientUserDefaults defaults(stored);
     desktop::ConsoleAlertPresenter alerts;
     CaptureServices services;
-    RecordCommand command(services.platform(defaults, alerts), arguments);
+    RecordCommand command(services.platform(defaults, alerts), services.camera, arguments);
     const desktop::TerminationSignals signalsStop([&command] { command.stop(); });
     int status = kNoMovie;
     command.start(
@@ -145,12 +159,15 @@ struct Resident {
     desktop::TrayStatusItem statusItem;
     desktop::QtPasteboard pasteboard;
     ResidentPlatform resident{hotKeys, statusItem, pasteboard};
-    NoCamera camera;
-    NoCameraBubble bubble;
-    NoDrawingOverlay drawing;
-    NoControlBar controlBar;
-    CountdownController countdown;
-    FixedAreaSelector areaSelector{std::nullopt};
+    ViewLoader views;
+    desktop::X11PanelSurfaces panelSurfaces;
+    PanelMaker panels{panelSurfaces, views};
+    Tooltips tooltips{panels};
+    CameraBubble bubble{panels};
+    DrawingOverlay drawing{panels, services.clock};
+    ControlBar controlBar{panels, drawing.model()};
+    CountdownPanel countdown{panels};
+    AreaSelectorPanel areaSelector{panels};
     LibraryFolder libraryWindow{services.workspace, [this] { return delegate.library().folder(); }};
     desktop::KeychainSecretStore secrets;
     desktop::DBusNotificationCenter notifications;
@@ -177,7 +194,10 @@ struct Resident {
     Resident(const Resident &) = delete;
     Resident &operator=(const Resident &) = delete;
 
-    RecordingSurfaces surfaces() { return {camera, bubble, drawing, controlBar, countdown, areaSelector}; }
+    RecordingSurfaces surfaces()
+    {
+        return {services.camera, bubble, drawing, controlBar, countdown, areaSelector};
+    }
 };
 
 QList<QUrl> urlsFrom(const QStringList &arguments)

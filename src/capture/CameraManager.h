@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/CaptureDevices.h"
+#include "platform/PicturePreview.h"
 #include "settings/RecordingChoices.h"
 
 #include <QCoroTask>
@@ -30,6 +31,9 @@ public:
     virtual void resumeMovie() = 0;
     /// Absent when no movie was being recorded or its file is not usable. The session goes on running.
     [[nodiscard]] virtual QCoro::Task<std::optional<QUrl>> stopMovie() = 0;
+
+    /// What the camera sees, while the session runs. The same object for the life of the manager.
+    [[nodiscard]] virtual PicturePreview &preview() = 0;
 };
 
 } // namespace zivra

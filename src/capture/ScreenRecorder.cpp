@@ -1,20 +1,37 @@
 #include "capture/ScreenRecorder.h"
 
-#include "capture/ScreenMovie.h"
+#include "capture/LiveMovie.h"
+#include "capture/QueueResult.h"
 
 #include <QCoroFuture>
-#include <QPromise>
 
 #include <utility>
 
 namespace zivra {
+
+namespace {
+
+QSize wholePixels(const QSizeF &size)
+{
+    return {static_cast<int>(size.width()), static_cast<int>(size.height())};
+}
+
+LiveMovieOptions movieOptions(const ScreenRecorderOptions &options)
+{
+    return {.url = options.outputURL,
+            .pictures = wholePixels(options.outputSize),
+            .systemSound = options.captureSystemAudio,
+            .microphone = options.microphoneID.has_value()};
+}
+
+} // namespace
 
 ScreenRecorder::ScreenRecorder(Options options, CaptureStreamFactory &streams, MovieServices &movies,
                                SerialQueueFactory &queues)
     : m_options(std::move(options)),
       m_streams(streams),
       m_queue(queues.makeSerialQueue("zivra.screen.samples")),
-      m_movie(std::make_shared<ScreenMovie>(m_options, movies))
+      m_movie(std::make_shared<LiveMovie>(movieOptions(m_options), movies))
 {
 }
 
@@ -59,8 +76,7 @@ QCoro::Task<> ScreenRecorder::start()
 CaptureConfiguration ScreenRecorder::configuration() const
 {
     CaptureConfiguration configuration;
-    configuration.outputSize = QSize(static_cast<int>(m_options.outputSize.width()),
-                                     static_cast<int>(m_options.outputSize.height()));
+    configuration.outputSize = wholePixels(m_options.outputSize);
     configuration.sourceRect = m_options.sourceRect;
     configuration.minimumFrameInterval = MediaTime::fromFraction(1, 30);
     configuration.queueDepth = 6;
@@ -98,13 +114,8 @@ QCoro::Task<std::optional<QUrl>> ScreenRecorder::stop()
         }
     }
     // After every sample that is queued already.
-    const auto promise = std::make_shared<QPromise<std::optional<QFuture<void>>>>();
-    promise->start();
-    queue->async([movie, promise] {
-        promise->addResult(movie->finish());
-        promise->finish();
-    });
-    const std::optional<QFuture<void>> closing = co_await promise->future();
+    const auto finishing = resultFrom(*queue, [movie] { return movie->finish(); });
+    const std::optional<QFuture<void>> closing = co_await finishing;
     if (!closing) {
         co_return std::nullopt;
     }

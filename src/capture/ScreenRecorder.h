@@ -9,12 +9,12 @@
 
 namespace zivra {
 
-class ScreenMovie;
+class LiveMovie;
 
 /// Captures a display or windows, with their sound, straight into one movie file. One object is one take.
 ///
 /// What is captured passes one serial queue, "zivra.screen.samples", which everything between a sample
-/// and the file is confined to (`ScreenMovie`).
+/// and the file is confined to (`LiveMovie`).
 class ScreenRecorder final : public ScreenTake {
 public:
     using Options = ScreenRecorderOptions;
@@ -39,7 +39,7 @@ private:
     CaptureStreamFactory &m_streams;
     std::function<void(std::exception_ptr)> m_onError;
     std::shared_ptr<SerialQueue> m_queue;
-    std::shared_ptr<ScreenMovie> m_movie; ///< used on `m_queue` only
+    std::shared_ptr<LiveMovie> m_movie; ///< used on `m_queue` only
     std::unique_ptr<CaptureStream> m_stream;
 };
 

@@ -1,10 +1,6 @@
 #include "overlays/Countdown.h"
 
-#include <QCoroFuture>
-#include <QPromise>
-
 #include <chrono>
-#include <memory>
 #include <utility>
 
 namespace zivra {
@@ -37,20 +33,6 @@ void CountdownModel::complete(bool goOn)
     if (const auto done = std::exchange(onDone, nullptr)) {
         done(goOn);
     }
-}
-
-QCoro::Task<bool> CountdownController::run(Screen /*screen*/, int seconds)
-{
-    const auto model = std::make_unique<CountdownModel>(seconds);
-    QPromise<bool> answer;
-    answer.start();
-    model->onDone = [&answer](bool goOn) {
-        answer.addResult(goOn);
-        answer.finish();
-    };
-    model->startTicking();
-    const bool goOn = co_await answer.future();
-    co_return goOn;
 }
 
 } // namespace zivra

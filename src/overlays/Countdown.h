@@ -37,13 +37,13 @@ private:
     QTimer m_timer;
 };
 
-/// Runs one countdown at a time. Main thread only.
+/// Counts down before a take, one at a time. Main thread only.
 class CountdownController {
 public:
     virtual ~CountdownController() = default;
 
     /// True when the countdown ran out or was skipped, false when the user called it off.
-    [[nodiscard]] virtual QCoro::Task<bool> run(Screen screen, int seconds);
+    [[nodiscard]] virtual QCoro::Task<bool> run(Screen screen, int seconds) = 0;
 };
 
 } // namespace zivra

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "settings/RecordingChoices.h"
+#include "settings/Shortcut.h"
 
 #include <QObject>
+
+#include <optional>
 
 namespace zivra {
 
@@ -28,6 +31,9 @@ public:
     /// The mode of the current recording, which the setting may have left since.
     [[nodiscard]] virtual RecordingMode mode() const = 0;
 
+    /// The keys that do the same as the operation below; absent when the user has cleared them.
+    [[nodiscard]] virtual std::optional<Shortcut> shortcut(ShortcutAction action) const = 0;
+
     /// Something is being recorded or would be if it were not paused.
     [[nodiscard]] bool isRecording() const { return phase() == Phase::Recording || phase() == Phase::Paused; }
 
@@ -46,6 +52,7 @@ Q_SIGNALS:
     void elapsedChanged();
     void cameraHiddenChanged();
     void modeChanged();
+    void shortcutsChanged();
 };
 
 } // namespace zivra

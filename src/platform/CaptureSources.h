@@ -2,6 +2,8 @@
 
 #include "platform/CaptureStream.h"
 
+#include <QSize>
+
 namespace zivra {
 
 /// A source of one stream of samples: the picture of a display, the computer's sound, a microphone.
@@ -32,6 +34,17 @@ public:
     /// Reads the filter and, of the configuration, what concerns the picture.
     [[nodiscard]] virtual std::unique_ptr<CaptureSource>
     makePictureSource(const ContentFilter &filter, const CaptureConfiguration &configuration) = 0;
+};
+
+class CameraSourceFactory {
+public:
+    virtual ~CameraSourceFactory() = default;
+
+    /// Complete frames of what the camera sees, at most 30 a second, in that size where the camera can do it,
+    /// else in the best that it can. The source starts when frames come, and ends when the camera goes away.
+    /// May be called on any thread. Throws `PlatformError` when there is no such camera.
+    [[nodiscard]] virtual std::unique_ptr<CaptureSource> makeCameraSource(const QString &deviceID,
+                                                                          QSize size) = 0;
 };
 
 class SoundSourceFactory {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace zivra {
@@ -15,6 +16,10 @@ struct ContentFilter {
     Kind kind = Kind::DisplayExcludingWindows;
     std::uint32_t displayID = 0;
     std::vector<std::uint32_t> windowIDs;
+    /// With `DisplayExcludingWindows`: what this process opens or shows while the capture runs is left out as
+    /// well, except for the windows that are kept.
+    std::optional<std::int64_t> excludedProcessID = std::nullopt;
+    std::vector<std::uint32_t> keptWindowIDs = {};
 
     friend bool operator==(const ContentFilter &, const ContentFilter &) = default;
 };

@@ -19,6 +19,7 @@ enum class MovieFileType { Mpeg4, QuickTime };
 
 enum class VideoCodec { H264, Hevc };
 
+/// A picture of another size is scaled as far as it fits, on black.
 struct VideoSettings {
     VideoCodec codec = VideoCodec::H264;
     int width = 0;                   ///< pixels, even

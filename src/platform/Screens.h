@@ -16,6 +16,7 @@ struct Screen {
     QString name;                  ///< what the desktop calls it, such as a connector's name
     QRectF frame;                  ///< points
     double backingScaleFactor = 1; ///< pixels a point
+    QRectF visibleFrame = {};      ///< points; `frame` without the desktop's own bars
 
     friend bool operator==(const Screen &, const Screen &) = default;
 };

@@ -40,6 +40,9 @@ struct FakeCamera final : CameraManager, Logging {
         log << "camera.stopMovie";
         co_return QUrl::fromLocalFile("/nowhere/camera.mov");
     }
+    PicturePreview &preview() override { return noPicture; }
+
+    NoPicture noPicture;
 };
 
 struct FakeBubble final : CameraBubbleController, Logging {

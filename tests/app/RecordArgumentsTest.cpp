@@ -32,6 +32,7 @@ TEST(RecordArguments, ReadsEveryOption)
     EXPECT_FALSE(defaults.seconds || defaults.systemAudio || defaults.microphone || defaults.clicks);
     EXPECT_EQ(defaults.area, CaptureArea::FullScreen);
     EXPECT_EQ(parsed("--microphone --clicks").microphoneID, "") << "its value may be left out";
+    EXPECT_EQ(parsed("--camera cam --mode cameraOnly").cameraID, "cam");
     EXPECT_EQ(parsed("--window 0x1400003").windowID, 0x1400003U);
     EXPECT_EQ(parsed("--window 5").area, CaptureArea::Window) << "a window names its area";
     EXPECT_EQ(parsed("--rect 0,0,8,8").area, CaptureArea::CustomArea);
@@ -39,17 +40,12 @@ TEST(RecordArguments, ReadsEveryOption)
 
 TEST(RecordArguments, RefusesInOneLine)
 {
-    for (const char *bad : {"--seconds",         "--seconds 0",
-                            "--seconds -1",      "--seconds nan",
-                            "--seconds 1e99",    "--seconds five",
-                            "--mode cameraOnly", "--area screen",
-                            "--area window",     "--area customArea",
-                            "--window no",       "--window -1",
-                            "--display 0",       "--rect 1,2,3",
-                            "--rect 1,2,3,0",    "--rect 1,2,3,4,5",
-                            "--rect a,b,c,d",    "--rect -1,0,5,5",
-                            "--quality 1081",    "--quality",
-                            "--frames 3",        "stray"}) {
+    for (const char *bad :
+         {"--seconds",      "--seconds 0",       "--seconds -1",     "--seconds nan",  "--seconds 1e99",
+          "--seconds five", "--mode camera",     "--area screen",    "--mode",         "--camera",
+          "--area window",  "--area customArea", "--window no",      "--window -1",    "--display 0",
+          "--rect 1,2,3",   "--rect 1,2,3,0",    "--rect 1,2,3,4,5", "--rect a,b,c,d", "--rect -1,0,5,5",
+          "--quality 1081", "--quality",         "--frames 3",       "stray"}) {
         try {
             std::ignore = parsed(bad);
             ADD_FAILURE() << "accepted: " << bad;

@@ -1,6 +1,7 @@
 """Drives the program and the private desktop around it."""
 
 import json
+import math
 import os
 import signal
 import statistics
@@ -38,6 +39,40 @@ def until(what, condition, seconds=15):
 
 def window_named(title):
     return run("xdotool", "search", "--onlyvisible", "--name", title).stdout.split()
+
+
+def panel(title):
+    """Left, top, width and height of one of our panels while it is on the screen, else None."""
+    found = window_named(f"^{title}$")
+    if not found:
+        return None
+    shape = dict(part.split("=") for part in xdotool("getwindowgeometry", "--shell", found[0]).split())
+    return tuple(int(shape[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
+
+
+class Screenshot:
+    """A part of the screen as it is now, without the pointer."""
+
+    def __init__(self, left, top, width, height):
+        self.size = f"{width}x{height}"
+        self.pixels = self._decode("-f", "x11grab", "-draw_mouse", "0", "-video_size", self.size, "-i",
+                                   f"{os.environ['DISPLAY']}+{left},{top}", "-frames:v", "1")
+
+    @staticmethod
+    def _decode(*source):
+        return subprocess.run(["ffmpeg", "-nostdin", "-v", "error", *source, "-pix_fmt", "rgb24", "-f", "rawvideo", "-"],
+                              check=True, capture_output=True).stdout
+
+    def save(self, path):
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "rawvideo", "-pix_fmt", "rgb24", "-s", self.size, "-i", "-",
+                        "-update", "1", str(path)], check=True, input=self.pixels)
+
+    def difference(self, path):
+        """How far off the pixels are, as a square mean, from 0 to 255."""
+        other = self._decode("-i", str(path))
+        if len(other) != len(self.pixels):
+            return 255
+        return math.sqrt(sum((one - two) ** 2 for one, two in zip(self.pixels, other)) / len(other))
 
 
 def clipboard(kind):

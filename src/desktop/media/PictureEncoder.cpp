@@ -7,12 +7,16 @@
 
 namespace zivra::desktop {
 
-PictureEncoder::PictureEncoder(const VideoSettings &settings) : m_settings(settings) {}
+PictureEncoder::PictureEncoder(const VideoSettings &settings)
+    : m_settings(settings),
+      m_fitter(settings.width, settings.height)
+{
+}
 
 bool PictureEncoder::accepts(const MediaSample &sample) const
 {
     const auto picture = sample.videoFrame();
-    return picture && picture->width == m_settings.width && picture->height == m_settings.height;
+    return picture && picture->width > 0 && picture->height > 0;
 }
 
 void PictureEncoder::encode(const MediaSample &sample, MediaTime time)
@@ -22,7 +26,7 @@ void PictureEncoder::encode(const MediaSample &sample, MediaTime time)
         return; // before the movie's start, or no later than the picture before
     }
     m_lastTime = ticks;
-    encodePicture(sample.videoFrame(), ticks);
+    encodePicture(m_fitter.fit(sample.videoFrame()), ticks);
 }
 
 void PictureEncoder::fillUntil(MediaTime) {}

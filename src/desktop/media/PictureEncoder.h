@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/media/PictureFitter.h"
 #include "desktop/media/TrackEncoder.h"
 
 #include <memory>
@@ -32,6 +33,7 @@ private:
     virtual void encodePicture(const std::shared_ptr<const VideoFrame> &picture, std::int64_t ticks) = 0;
 
     const VideoSettings m_settings;
+    PictureFitter m_fitter;
     CodecParametersPtr m_parameters;
     std::int64_t m_lastTime = -1; ///< of the newest picture, in the time base
 };

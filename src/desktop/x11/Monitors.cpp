@@ -1,10 +1,12 @@
 #include "desktop/x11/Monitors.h"
 
+#include "desktop/x11/Pipelined.h"
 #include "desktop/x11/X11Scale.h"
 
 #include <xcb/randr.h>
 
 #include <algorithm>
+#include <array>
 
 namespace zivra::desktop {
 
@@ -63,6 +65,75 @@ std::vector<Monitor> wholeRoot(const XcbConnection &connection)
              .pixels = QRect(0, 0, geometry->width, geometry->height)}};
 }
 
+/// What a dock has reserved along one edge of the root window.
+struct Strut {
+    int depth = 0; ///< pixels from the edge
+    int start = 0; ///< first and last pixel along the edge
+    int end = 0;
+};
+
+/// In the order of _NET_WM_STRUT_PARTIAL (EWMH 1.5): left, right, top, bottom.
+using Struts = std::array<Strut, 4>;
+
+Struts strutsFrom(const std::vector<std::uint32_t> &values)
+{
+    constexpr std::size_t kCount = 12;
+    Struts struts;
+    if (values.size() < kCount) {
+        return struts;
+    }
+    for (std::size_t edge = 0; edge < struts.size(); ++edge) {
+        const std::size_t range = struts.size() + 2 * edge;
+        struts.at(edge) = {static_cast<int>(values[edge]), static_cast<int>(values[range]),
+                           static_cast<int>(values[range + 1])};
+    }
+    return struts;
+}
+
+/// A strut counts for the monitors that its band, from the root's edge inwards, ends in.
+QRect withoutStruts(const Struts &struts, QRect monitor, const QSize &root)
+{
+    const auto &[left, right, top, bottom] = struts;
+    const auto reaches = [&monitor](const Strut &strut, const QRect &band) {
+        return strut.depth > 0 && band.intersects(monitor);
+    };
+    const auto spanned = [](const Strut &strut) { return strut.end - strut.start + 1; };
+    const QRect whole = monitor;
+    if (reaches(left, {left.depth - 1, left.start, 1, spanned(left)})) {
+        monitor.setLeft(std::max(monitor.left(), left.depth));
+    }
+    if (reaches(right, {root.width() - right.depth, right.start, 1, spanned(right)})) {
+        monitor.setRight(std::min(monitor.right(), root.width() - right.depth - 1));
+    }
+    if (reaches(top, {top.start, top.depth - 1, spanned(top), 1})) {
+        monitor.setTop(std::max(monitor.top(), top.depth));
+    }
+    if (reaches(bottom, {bottom.start, root.height() - bottom.depth, spanned(bottom), 1})) {
+        monitor.setBottom(std::min(monitor.bottom(), root.height() - bottom.depth - 1));
+    }
+    return monitor.isValid() ? monitor : whole;
+}
+
+void leaveOutDocks(const XcbConnection &connection, std::vector<Monitor> &monitors)
+{
+    QRect root;
+    for (Monitor &monitor : monitors) {
+        monitor.visiblePixels = monitor.pixels;
+        root |= monitor.pixels;
+    }
+    const xcb_atom_t atom = connection.atom("_NET_WM_STRUT_PARTIAL");
+    const QSize size(root.right() + 1, root.bottom() + 1);
+    forEachAnswer(
+        connection.values(connection.root(), connection.atom("_NET_CLIENT_LIST")),
+        [&](xcb_window_t window) { return connection.requestProperty(window, atom); },
+        [&](xcb_window_t, xcb_get_property_cookie_t cookie) {
+            const Struts struts = strutsFrom(connection.values(cookie));
+            for (Monitor &monitor : monitors) {
+                monitor.visiblePixels = withoutStruts(struts, monitor.visiblePixels, size);
+            }
+        });
+}
+
 qint64 area(const QRect &rectangle)
 {
     return rectangle.isEmpty() ? 0 : qint64{rectangle.width()} * rectangle.height();
@@ -78,11 +149,12 @@ MonitorLayout::MonitorLayout(const XcbConnection &connection) : m_scale(pixelsPe
     if (m_monitors.empty()) {
         m_monitors = wholeRoot(connection);
     }
+    leaveOutDocks(connection, m_monitors);
 }
 
-QRectF MonitorLayout::frame(const Monitor &monitor) const
+QRectF MonitorLayout::toFrame(const Monitor &monitor, const QRect &pixels) const
 {
-    return {QPointF(monitor.pixels.topLeft()), QSizeF(monitor.pixels.size()) / m_scale};
+    return {toPoints(pixels.topLeft(), monitor.pixels.topLeft()), QSizeF(pixels.size()) / m_scale};
 }
 
 QPointF MonitorLayout::toPoints(const QPoint &pixels, const QPoint &displayOrigin) const

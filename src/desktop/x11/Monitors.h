@@ -16,7 +16,8 @@ namespace zivra::desktop {
 struct Monitor {
     std::uint32_t displayID = 0; ///< XID of its first RandR output; of the root window where there is none
     QString name;
-    QRect pixels; ///< within the root window
+    QRect pixels;             ///< within the root window
+    QRect visiblePixels = {}; ///< without what docks and panels have reserved at its edges
 };
 
 /// The displays now and the way from the server's pixels to points and back to what Qt calls them: a
@@ -31,7 +32,11 @@ public:
     /// Pixels a point.
     [[nodiscard]] double scale() const { return m_scale; }
 
-    [[nodiscard]] QRectF frame(const Monitor &monitor) const;
+    [[nodiscard]] QRectF frame(const Monitor &monitor) const { return toFrame(monitor, monitor.pixels); }
+    [[nodiscard]] QRectF visibleFrame(const Monitor &monitor) const
+    {
+        return toFrame(monitor, monitor.visiblePixels);
+    }
     /// In the coordinates of the display that contains the point.
     [[nodiscard]] QPointF toPoints(const QPoint &pixels) const;
     /// In the coordinates of the display that shows most of the rectangle.
@@ -39,6 +44,8 @@ public:
 
 private:
     [[nodiscard]] QPointF toPoints(const QPoint &pixels, const QPoint &displayOrigin) const;
+
+    [[nodiscard]] QRectF toFrame(const Monitor &monitor, const QRect &pixels) const;
 
     std::vector<Monitor> m_monitors;
     double m_scale;

@@ -12,7 +12,8 @@ std::vector<Screen> X11Screens::screens() const
         screens.push_back({.displayID = monitor.displayID,
                            .name = monitor.name,
                            .frame = layout.frame(monitor),
-                           .backingScaleFactor = layout.scale()});
+                           .backingScaleFactor = layout.scale(),
+                           .visibleFrame = layout.visibleFrame(monitor)});
     }
     return screens;
 }

@@ -109,6 +109,29 @@ TEST(DisplayCapture, NeverShowsAnExcludedWindowButWhatLiesBeneath)
     }
 }
 
+TEST(DisplayCapture, NeverShowsWhatTheExcludedProcessOpensMeanwhile)
+{
+    TestWindow backdrop(kBackdrop, kBlue);
+    TestWindow hidden({420, 120, 60, 40}, kRed);
+    hidden.setShown(false);
+    ContentFilter filter = wholeDisplay();
+    filter.excludedProcessID = getpid();
+    filter.keptWindowIDs = {backdrop.id()};
+    Take take(filter, configuration(kBackdrop));
+    ASSERT_TRUE(take.waitForColour(200, 180, kBlue));
+    const TestWindow dialog({150, 150, 100, 60}, kRed, TestWindow::Kind::Managed);
+    const TestWindow tooltip({300, 150, 80, 30}, kRed);
+    hidden.setShown(true);
+    backdrop.setShown(false);
+    backdrop.setShown(true);
+    backdrop.paint(kGreen);
+    EXPECT_TRUE(take.waitForColour(200, 180, kGreen)) << "what is kept is seen, also when it comes back";
+    EXPECT_TRUE(take.stop());
+    for (const MediaSample &sample : take.samples()) {
+        EXPECT_FALSE(showsAnywhere(*sample.videoFrame(), kRed));
+    }
+}
+
 TEST(DisplayCapture, FillsWithBlackWhatTheScreenDoesNotHave)
 {
     const TestWindow corner({1820, 1000, 100, 80}, kGreen);

@@ -3,6 +3,7 @@
 #include "TestClient.h"
 #include "desktop/x11/X11ContentQuery.h"
 #include "desktop/x11/X11Scale.h"
+#include "support/Eventually.h"
 #include "support/PrintQt.h"
 
 #include <QScopeGuard>
@@ -45,6 +46,19 @@ TEST(X11Screens, MeasureInPointsOfWhatQtMakesOfTheResolution)
     EXPECT_EQ(content.displays.at(0).displayID, all.front().displayID);
     EXPECT_EQ(content.windows.at(0).windowID, window);
     EXPECT_EQ(content.windows.at(0).frame, QRectF(100, 75, 150, 100));
+}
+
+TEST(X11Screens, LeaveOutWhatDocksHaveReserved)
+{
+    const TestClient client;
+    const auto dock = client.showWindow({.type = "DOCK"});
+    // Along the whole left edge, and at the bottom, but there only beyond the display.
+    client.setNumbers(dock, "_NET_WM_STRUT_PARTIAL", XCB_ATOM_CARDINAL,
+                      {60, 0, 0, 40, 0, 9999, 0, 0, 0, 0, 10'000, 10'999});
+    const X11Screens screens;
+    const auto &server = client.screen();
+    const QRectF left(60, 0, server.width_in_pixels - 60, server.height_in_pixels);
+    EXPECT_TRUE(eventually([&] { return screens.screens().front().visibleFrame == left; }));
 }
 
 } // namespace

@@ -17,11 +17,10 @@ constexpr int kSurroundings = 32;
 
 } // namespace
 
-DisplayContent::DisplayContent(const XcbConnection &connection, QRect area,
-                               std::vector<std::uint32_t> excluded)
+DisplayContent::DisplayContent(const XcbConnection &connection, QRect area, const ContentFilter &filter)
     : m_connection(connection),
       m_area(area),
-      m_excluded(std::move(excluded)),
+      m_excluded(connection, filter),
       m_root(connection, area)
 {
 }
@@ -35,7 +34,8 @@ void DisplayContent::note(ServerEvents::Kind kind, const xcb_generic_event_t &ev
             m_composer->noteDamage(damage);
         }
     } else if (kind == ServerEvents::Kind::Structure) {
-        m_areWindowsChanged |= !m_excluded.empty();
+        m_excluded.note(event);
+        m_areWindowsChanged |= !m_excluded.isEmpty();
         if (m_composer) {
             m_composer->noteStructure(event);
         }
@@ -97,12 +97,11 @@ QRegion DisplayContent::followWindows()
 /// Also learns under which top levels the windows to be left out are now.
 bool DisplayContent::hidesOne(const std::vector<TopLevel> &stack)
 {
-    const auto tops = topLevelsOf(m_connection, m_excluded);
+    const auto tops = m_excluded.findTopLevels();
     const QRect near = m_area.adjusted(-kSurroundings, -kSurroundings, kSurroundings, kSurroundings);
     m_hidden.clear();
     for (const TopLevel &each : stack) {
-        const bool isExcluded = std::ranges::find(tops, each.window) != tops.end();
-        if (isExcluded && each.isViewable && each.outline.intersects(near)) {
+        if (tops.contains(each.window) && each.isViewable && each.outline.intersects(near)) {
             m_hidden.insert(each.window);
         }
     }

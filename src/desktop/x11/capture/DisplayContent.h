@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/x11/capture/ExcludedWindows.h"
 #include "desktop/x11/capture/PictureContent.h"
 #include "desktop/x11/capture/RootView.h"
 #include "desktop/x11/capture/WindowComposer.h"
@@ -18,8 +19,8 @@ namespace zivra::desktop {
 /// is put together out of the other windows, so that it never gets in.
 class DisplayContent final : public PictureContent {
 public:
-    /// `area` in pixels of the root window.
-    DisplayContent(const XcbConnection &connection, QRect area, std::vector<std::uint32_t> excluded);
+    /// `area` in pixels of the root window. The filter tells the windows to be left out.
+    DisplayContent(const XcbConnection &connection, QRect area, const ContentFilter &filter);
 
     void note(ServerEvents::Kind kind, const xcb_generic_event_t &event) override;
     [[nodiscard]] bool mayHaveChanged() const override;
@@ -36,7 +37,7 @@ private:
 
     const XcbConnection &m_connection;
     QRect m_area;
-    std::vector<std::uint32_t> m_excluded;
+    ExcludedWindows m_excluded;
     RootView m_root;
     std::unique_ptr<WindowComposer> m_composer; ///< null while the screen itself is read
     std::set<xcb_window_t> m_hidden;            ///< top levels of the excluded windows

@@ -34,7 +34,7 @@ std::unique_ptr<PictureContent> makeContent(const XcbConnection &connection, QRe
     if (filter.kind == ContentFilter::Kind::DisplayIncludingWindows) {
         return std::make_unique<WindowsContent>(connection, area, filter.windowIDs);
     }
-    return std::make_unique<DisplayContent>(connection, area, filter.windowIDs);
+    return std::make_unique<DisplayContent>(connection, area, filter);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
-#include "capture/ScreenMovie.h"
+#include "capture/LiveMovie.h"
 
+#include "capture/MovieFiles.h"
 #include "capture/ZivraError.h"
 
 #include <algorithm>
@@ -36,13 +37,13 @@ MediaSample retimed(const MediaSample &sample, MediaTime offset)
 
 } // namespace
 
-ScreenMovie::ScreenMovie(ScreenRecorderOptions options, MovieServices &movies)
+LiveMovie::LiveMovie(LiveMovieOptions options, MovieServices &movies)
     : m_options(std::move(options)),
       m_movies(movies)
 {
 }
 
-void ScreenMovie::handle(const MediaSample &sample, CaptureOutput output)
+void LiveMovie::handle(const MediaSample &sample, CaptureOutput output)
 {
     if (m_stopped || !sample.isValid()) {
         return;
@@ -60,8 +61,8 @@ void ScreenMovie::handle(const MediaSample &sample, CaptureOutput output)
     }
 }
 
-void ScreenMovie::handleAudio(const MediaSample &sample, MovieWriterInput *input,
-                              std::optional<AudioFormat> &format)
+void LiveMovie::handleAudio(const MediaSample &sample, MovieWriterInput *input,
+                            std::optional<AudioFormat> &format)
 {
     if (m_writer) {
         append(sample, input);
@@ -70,14 +71,14 @@ void ScreenMovie::handleAudio(const MediaSample &sample, MovieWriterInput *input
     }
 }
 
-void ScreenMovie::handleFrame(const MediaSample &frame)
+void LiveMovie::handleFrame(const MediaSample &frame)
 {
     if (!isCompleteFrame(frame)) {
         return;
     }
     if (!m_writer) {
         try {
-            setUpWriter(frame.presentationTime());
+            setUpWriter(frame);
         } catch (...) {
             m_stopped = true;
             if (m_onError) {
@@ -89,20 +90,20 @@ void ScreenMovie::handleFrame(const MediaSample &frame)
     append(frame, m_videoInput);
 }
 
-void ScreenMovie::setUpWriter(MediaTime start)
+void LiveMovie::setUpWriter(const MediaSample &firstFrame)
 {
-    std::unique_ptr<MovieWriter> writer = m_movies.makeWriter(m_options.outputURL, MovieFileType::Mpeg4);
+    std::unique_ptr<MovieWriter> writer = m_movies.makeWriter(m_options.url, movieFileType(m_options.url));
     const auto inRealTime = [](MovieWriterInput &input) {
         input.setExpectsMediaDataInRealTime(true);
         return &input;
     };
-    MovieWriterInput *video = inRealTime(writer->addVideoInput(videoSettings()));
+    MovieWriterInput *video = inRealTime(writer->addVideoInput(videoSettings(firstFrame)));
     MovieWriterInput *system = nullptr;
-    if (m_options.captureSystemAudio) {
+    if (m_options.systemSound) {
         system = inRealTime(writer->addAudioInput(audioSettings(m_systemFormat, 2)));
     }
     MovieWriterInput *microphone = nullptr;
-    if (m_options.microphoneID) {
+    if (m_options.microphone) {
         microphone = inRealTime(writer->addAudioInput(audioSettings(m_micFormat, 1)));
     }
     writer->setInterruptionHandler(m_onError);
@@ -111,14 +112,14 @@ void ScreenMovie::setUpWriter(MediaTime start)
         std::rethrow_exception(error ? error
                                      : std::make_exception_ptr(ZivraError(ZivraError::recordingFailed)));
     }
-    writer->startSession(start);
+    writer->startSession(firstFrame.presentationTime());
     m_writer = std::move(writer);
     m_videoInput = video;
     m_systemInput = system;
     m_micInput = microphone;
 }
 
-VideoSettings ScreenMovie::videoSettings() const
+VideoSettings LiveMovie::videoSettings(const MediaSample &firstFrame) const
 {
     // H.264 ends here in the decoders of ordinary hardware.
     constexpr int kWidestH264 = 4096;
@@ -127,8 +128,10 @@ VideoSettings ScreenMovie::videoSettings() const
     constexpr std::int64_t kLeastBitRate = 2'000'000;
 
     VideoSettings settings;
-    settings.width = static_cast<int>(m_options.outputSize.width());
-    settings.height = static_cast<int>(m_options.outputSize.height());
+    const auto picture = firstFrame.videoFrame();
+    const QSize size = m_options.pictures.value_or(QSize(picture->width, picture->height));
+    settings.width = size.width();
+    settings.height = size.height();
     settings.codec =
         settings.width > kWidestH264 || settings.height > kTallestH264 ? VideoCodec::Hevc : VideoCodec::H264;
     settings.expectedSourceFrameRate = 30;
@@ -139,7 +142,7 @@ VideoSettings ScreenMovie::videoSettings() const
     return settings;
 }
 
-void ScreenMovie::append(const MediaSample &sample, MovieWriterInput *input)
+void LiveMovie::append(const MediaSample &sample, MovieWriterInput *input)
 {
     if (input == nullptr || !isWriting() || m_timeline.isPaused()) {
         return;
@@ -160,12 +163,12 @@ void ScreenMovie::append(const MediaSample &sample, MovieWriterInput *input)
     input->append(placed);
 }
 
-bool ScreenMovie::isWriting() const
+bool LiveMovie::isWriting() const
 {
     return m_writer && m_writer->status() == MovieWriter::Status::Writing;
 }
 
-std::optional<QFuture<void>> ScreenMovie::finish()
+std::optional<QFuture<void>> LiveMovie::finish()
 {
     m_stopped = true;
     if (!isWriting()) {
@@ -179,7 +182,7 @@ std::optional<QFuture<void>> ScreenMovie::finish()
     return m_writer->finishWriting();
 }
 
-std::optional<QUrl> ScreenMovie::finishedFile() const
+std::optional<QUrl> LiveMovie::finishedFile() const
 {
     const bool isUsable = m_writer && m_writer->status() == MovieWriter::Status::Completed;
     return isUsable ? std::optional(m_writer->outputURL()) : std::nullopt;

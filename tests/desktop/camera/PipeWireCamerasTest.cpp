@@ -1,0 +1,89 @@
+#include "desktop/camera/PipeWireCameras.h"
+
+#include "desktop/camera/PrivatePipeWire.h"
+#include "desktop/camera/RawPictures.h"
+#include "desktop/camera/SharedCamera.h"
+
+#include <QDir>
+
+#include <unistd.h>
+
+#include <atomic>
+#include <optional>
+
+namespace zivra::desktop::test {
+
+namespace {
+
+struct Format {
+    CameraPixels pixels;
+    std::uint32_t subtype;
+    std::uint32_t format;
+};
+
+constexpr Format kYuyv{CameraPixels::Yuyv, SPA_MEDIA_SUBTYPE_raw, SPA_VIDEO_FORMAT_YUY2};
+constexpr Format kNv12{CameraPixels::Nv12, SPA_MEDIA_SUBTYPE_raw, SPA_VIDEO_FORMAT_NV12};
+constexpr Format kBgrx{CameraPixels::Bgrx, SPA_MEDIA_SUBTYPE_raw, SPA_VIDEO_FORMAT_BGRx};
+constexpr Format kMjpeg{CameraPixels::Mjpeg, SPA_MEDIA_SUBTYPE_mjpg, SPA_VIDEO_FORMAT_UNKNOWN};
+
+const CaptureDevice kDevice{"pipewire:shared", "Shared Camera"};
+
+std::unique_ptr<SharedCamera> share(const Format &format, QSize size)
+{
+    return std::make_unique<SharedCamera>("shared", format.subtype, format.format, size.width(),
+                                          size.height(), greenPicture(format.pixels, size));
+}
+
+struct Holdings {
+    qsizetype files = QDir("/proc/self/fd").count();
+    qsizetype pages = shell(QStringLiteral("cat /proc/%1/statm").arg(getpid())).split(' ').value(1).toInt();
+};
+
+} // namespace
+
+TEST(PipeWireCameras, ComeSendAndGo)
+{
+    const PrivatePipeWire server;
+    PipeWireCameras cameras;
+    EXPECT_TRUE(cameras.cameras().empty());
+    int changes = 0;
+    cameras.setChangeHandler([&] { ++changes; });
+    const auto lists = [&](const std::vector<CaptureDevice> &expected) {
+        return eventually([&] { return cameras.cameras() == expected; });
+    };
+    // The last ones show that nothing is left of the others.
+    constexpr int kCycles = 50;
+    std::optional<Holdings> atFirst;
+    for (int cycle = 0; cycle < kCycles; ++cycle) {
+        const Format format = std::array{kYuyv, kNv12, kBgrx, kMjpeg}.at(cycle % 4);
+        const QSize size = cycle % 8 < 4 ? QSize(1280, 720) : QSize(320, 240); // some can't do what is wished
+        auto camera = share(format, size);
+        ASSERT_TRUE(lists({kDevice}));
+        const auto source = cameras.makeSource(kDevice.uniqueID, {1280, 720});
+        std::atomic<int> pictures = 0;
+        std::atomic<bool> isRight = true;
+        std::atomic<int> ends = 0;
+        ASSERT_TRUE(source
+                        ->start(
+                            [&](const MediaSample &sample) {
+                                ++pictures;
+                                isRight = isRight && isGreen(*sample.videoFrame(), size);
+                            },
+                            [&](const std::exception_ptr &) { ++ends; })
+                        .isFinished());
+        ASSERT_TRUE(eventually([&] { return pictures >= 3; })) << cycle;
+        EXPECT_TRUE(isRight) << cycle;
+        camera.reset();
+        ASSERT_TRUE(eventually([&] { return ends == 1; })) << cycle;
+        ASSERT_TRUE(lists({}));
+        if (cycle == 9) {
+            atFirst.emplace();
+        }
+    }
+    EXPECT_LE(Holdings().files, atFirst->files);
+    EXPECT_LE(Holdings().pages, atFirst->pages + 1000) << "4 MiB, where a cycle's pictures alone take more";
+    EXPECT_EQ(changes, 2 * kCycles);
+    EXPECT_EQ(cameras.makeSource("v4l2:other", {}), nullptr);
+}
+
+} // namespace zivra::desktop::test

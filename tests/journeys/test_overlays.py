@@ -1,0 +1,210 @@
+"""What is on the screen while recording, driven by a real pointer: the bar, the pen, the area, the bubble."""
+
+import os
+import random
+import time
+from pathlib import Path
+
+from desktop import Journey, Screenshot, panel, run, until, window_named, xdotool
+
+REFERENCES = Path(__file__).resolve().parents[2] / "docs" / "overlays"
+
+
+class Overlays(Journey):
+    """A terminal has the keyboard all the time; what is typed must reach it."""
+
+    def setUp(self):
+        super().setUp()
+        self.typed = Path(os.environ["HOME"]) / "typed"
+        self.typed.unlink(missing_ok=True)
+        self.start("xterm", "-geometry", "60x12+1000+120", "-T", "Work", "-e", "sh", "-c", f"stty -echo; cat >{self.typed}")
+        until("the terminal", lambda: window_named("^Work$"))
+        self.click(1100, 200)
+        self.letters = 0
+
+    @staticmethod
+    def click(x, y, then=0.15):
+        xdotool("mousemove", x, y, "click", 1)
+        time.sleep(then)
+
+    def assert_keyboard_untouched(self):
+        """The terminal gets the next letter too."""
+        xdotool("key", "z")
+        self.letters += 1
+
+    def tearDown(self):
+        if self.letters:
+            xdotool("key", "Return")
+            until("the letters", lambda: self.typed.read_text() == "z" * self.letters + "\n", 3)
+
+    def bar(self):
+        return until("the bar", lambda: panel("Controls"))
+
+    def press_button(self, name, then=0.15):
+        """By its distance from the foot of a bar without a palette and camera, or from the head of any bar."""
+        x, y, width, height = self.bar()
+        places = {"finish": y + 33, "pause": y + 101, "restart": y + 139, "trash": y + 177, "draw": y + 228,
+                  "red": y + 260, "blue": y + 340, "eraser": y + height - 37}
+        self.click(x + width // 2, places[name], then)
+
+    @staticmethod
+    def draw(*points):
+        xdotool("mousemove", *points[0], "mousedown", 1)
+        for x, y in points[1:]:
+            xdotool("mousemove", x, y)
+            time.sleep(0.01)
+        xdotool("mouseup", 1)
+
+    @staticmethod
+    def stacking():
+        """The bar, the sheet and the terminal in its frame, the topmost first."""
+        work = run("xwininfo", "-tree", "-id", window_named("^Work$")[0]).stdout
+        frame = work.split("Parent window id: ")[1].split()[0]
+        names = {'"Controls': "bar", '"Drawing': "sheet", f"{frame} ": "terminal"}
+        children = run("xwininfo", "-root", "-children").stdout.splitlines()
+        return [name for line in children for part, name in names.items() if part in line]
+
+    def assert_looks_like(self, name, left, top, width, height, tolerance=6):
+        """A part of the screen is as in the reference picture, but for the odd pixel of an edge."""
+        picture = Screenshot(left, top, width, height)
+        reference = REFERENCES / f"{name}.png"
+        if os.environ.get("ZIVRA_NEW_REFERENCES"):
+            picture.save(reference)
+            return
+        self.assertLess(picture.difference(reference), tolerance, name)
+
+
+class Bar(Overlays):
+    def test_the_bar_is_in_no_frame_and_strokes_are(self):
+        self.resident()
+        self.press("l", then=1)
+        x, y, width, height = self.bar()
+        self.assertEqual((x, y + height), (12, 1080 - 24))
+        self.assert_keyboard_untouched()
+        xdotool("mousemove", x + 30, y + 101)
+        until("the tooltip", lambda: panel("Tooltip"))
+        self.press_button("pause")
+        self.assert_keyboard_untouched()
+        self.press_button("pause")
+        self.press_button("draw", then=0.3)
+        self.assertGreater(self.bar()[3], height, "there is no palette")
+        self.draw((400, 400), (500, 420), (600, 400), (700, 420))
+        self.press_button("blue")
+        self.draw((400, 600), (700, 600))
+        self.assert_keyboard_untouched()
+        time.sleep(0.5)
+        self.press_button("eraser")
+        self.assert_keyboard_untouched()
+        time.sleep(0.4)
+        self.press_button("draw", then=0.3)
+        self.click(1100, 200)
+        x, y, width, height = self.bar()
+        xdotool("mousemove", x + 30, y + 75, "mousedown", 1, "mousemove", x + 330, y - 25, "mouseup", 1)
+        until("the drag", lambda: self.bar()[:2] == (x + 300, y - 100))
+        self.press_button("trash", then=0.7)
+        until("the question", lambda: window_named("^Zivra$"))
+        xdotool("key", "Escape")
+        time.sleep(0.3)
+        self.press_button("finish")
+        movie = self.handed_over()
+        frames = movie.frames(height=270)
+        empty = frames[0].colour(0.9, 0.9)
+        # A stroke is a quarter of the surroundings whose mean is looked at.
+        seen = {"red": sum(1 for frame in frames if frame.colour(600 / 1920, 400 / 1080)[0] > empty[0] + 15),
+                "blue": sum(1 for frame in frames if frame.colour(550 / 1920, 600 / 1080)[2] > empty[2] + 15)}
+        self.assertGreater(min(seen.values()), 0, seen)  # only what changes makes frames
+        for frame in frames:
+            # Beside where the pointer goes: the bar, a tooltip, the dragged bar, the question.
+            for place in ((25, 880), (25, 940), (110, 896), (325, 800), (960, 450), (960, 400)):
+                self.assertTrue(near(frame.colour(place[0] / 1920, place[1] / 1080), empty),
+                                f"something of ours is at {place} after {frame.time} s")
+        self.assertTrue(near(frames[-1].colour(600 / 1920, 400 / 1080), empty), "the eraser")
+
+    def test_two_hundred_steps_leave_everything_in_its_place(self):
+        program = self.resident()
+        self.press("l", then=1)
+        dice = random.Random(5)
+        memory = []
+        for step in range(200):
+            action = dice.randrange(6)
+            if action == 0:
+                self.press_button("pause", then=0.02)
+            elif action == 1:
+                self.press_button("draw", then=0.05)
+                self.draw((500, 500), (dice.randrange(400, 900), dice.randrange(300, 900)))
+                self.press_button("draw", then=0.05)
+            elif action == 2:
+                run("xdotool", "windowraise", window_named("^Work$")[0])
+            elif action == 3:
+                x, y, width, _ = self.bar()
+                to = dice.randrange(10, 900), dice.randrange(250, 600)
+                xdotool("mousemove", x + width // 2, y + 75, "mousedown", 1, "mousemove", *to, "mouseup", 1)
+            elif action == 4:
+                self.press("p", then=0.02)
+            else:
+                self.assert_keyboard_untouched()
+            if step % 50 == 49:
+                status = Path(f"/proc/{program.pid}/status").read_text()
+                memory.append(int(status.split("VmRSS:")[1].split()[0]))
+        time.sleep(0.5)
+        self.assertEqual(self.stacking(), ["bar", "sheet", "terminal"])
+        self.assertLess(memory[-1], memory[0] + 30_000, "kilobytes")
+
+
+class Area(Overlays):
+    def test_an_area_is_dragged_out_and_recorded(self):
+        self.resident(captureArea="customArea")
+        self.press("l", then=0.8)
+        self.draw((300, 200), (301, 200))
+        xdotool("key", "Escape")
+        until("the end of the choice", lambda: not panel("Area Selector"))
+        self.assert_keyboard_untouched()
+        self.press("l", then=0.8)
+        self.draw((900, 650), (600, 500), (301, 201))
+        xdotool("key", "Return")
+        self.bar()
+        self.assert_keyboard_untouched()
+        time.sleep(1.5)
+        self.press_button("finish")
+        self.assertEqual(self.handed_over().size, (600, 450))
+
+
+class Looks(Overlays):
+    def test_each_overlay_looks_as_it_was_signed_off(self):
+        self.resident(mode="screenOnly", countdown=True, countdownSeconds=2)
+        xdotool("mousemove", 1500, 900)
+        self.press("l", then=0.9)
+        self.assert_looks_like("countdown", 830, 395, 260, 290)
+        time.sleep(1.8)
+        x, y, width, height = self.bar()
+        self.press("p", then=0.6)
+        self.assert_looks_like("bar-paused", x, y + 75, width, height - 75)
+        xdotool("mousemove", x + 30, y + 177)
+        until("the tooltip", lambda: panel("Tooltip"))
+        time.sleep(0.3)
+        self.assert_looks_like("tooltip", x, y + 150, 200, 54)
+        self.press_button("draw", then=0.3)
+        self.press_button("blue")
+        xdotool("mousemove", 1500, 900)
+        time.sleep(0.3)
+        x, y, width, height = self.bar()
+        self.assert_looks_like("bar-drawing", x, y + 75, width, height - 75)
+        self.draw((300, 700), (400, 640), (500, 720), (600, 640), (700, 700))
+        time.sleep(0.2)
+        self.assert_looks_like("strokes", 280, 600, 440, 160)
+        self.press("l")
+        self.handed_over()
+
+    def test_the_area_selector(self):
+        self.resident(captureArea="customArea")
+        self.press("l", then=0.8)
+        self.assert_looks_like("area-hint", 780, 470, 360, 140)
+        self.draw((300, 300), (500, 500), (700, 560))
+        xdotool("mousemove", 1500, 900)
+        time.sleep(0.3)
+        self.assert_looks_like("area-selected", 280, 260, 440, 360)
+        xdotool("key", "Escape")
+
+
+def near(colour, other, tolerance=24):
+    return all(abs(one - two) <= tolerance for one, two in zip(colour, other))
