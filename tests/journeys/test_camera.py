@@ -3,7 +3,7 @@
 import os
 import statistics
 
-from desktop import ZIVRA, Journey, run
+from desktop import Journey
 from movie import burst_times, flash_times
 
 
@@ -36,10 +36,3 @@ class Camera(Journey):
         for begin, end in zip([0, *cuts], [*cuts, movie.duration]):
             offsets = [min((burst - flash for burst in bursts), key=abs) for flash in flashes if begin + 0.1 < flash < end - 0.1]
             self.assertLess(abs(statistics.median(offsets)), 0.040, (offsets, cuts))
-
-    def test_what_is_missing_is_told_before_the_take(self):
-        for arguments, words in ((["--camera", "none"], 'there is no camera "none"'), (["--microphone", "none"], "no microphone")):
-            done = run(ZIVRA, "record", "--mode", "cameraOnly", *arguments)
-            self.assertEqual(done.returncode, 1)
-            self.assertIn(words, done.stderr)
-        self.assertEqual(self.files(), [])

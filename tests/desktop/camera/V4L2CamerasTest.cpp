@@ -93,6 +93,8 @@ TEST_F(V4L2CamerasTest, LeaveOutWhatIsDamagedOrTooMuch)
     reception.from(*source, {640, 480}).waitForFinished();
     EXPECT_FALSE(eventually([&] { return reception.pictures > 0; }, std::chrono::milliseconds(200)));
 
+    source->stop().waitForFinished();
+
     // Without a time of the driver's they are paced by the clock.
     kernel->flags = 0;
     kernel->picture = greenPicture(CameraPixels::Mjpeg, {640, 480});
@@ -123,6 +125,7 @@ TEST_F(V4L2CamerasTest, ComeAndGo)
     ASSERT_TRUE(eventually([&] { return reception.pictures > 0; }));
     kernel->isUnplugged = true;
     EXPECT_TRUE(eventually([&] { return reception.ends == 1; }));
+    source->stop().waitForFinished();
 
     kernel->cameras.erase(kPath);
     QFile file(folder.filePath("video0"));
@@ -131,7 +134,6 @@ TEST_F(V4L2CamerasTest, ComeAndGo)
     Reception nothing;
     EXPECT_ANY_THROW(
         nothing.from(*cameras.makeSource(kDevice.uniqueID, {640, 480}), {640, 480}).waitForFinished());
-    EXPECT_EQ(cameras.makeSource("demo", {}), nullptr);
 
     kernel->isBusy = true;
     kernel->cameras = {{kPath, {.modes = {{V4L2_PIX_FMT_YUYV, 640, 480, 30}}}}};
