@@ -32,8 +32,6 @@ public:
 
     std::map<QString, Camera> cameras; ///< by the path; set while nobody looks
     std::vector<std::uint8_t> picture; ///< what every buffer is filled with
-    std::uint32_t flags = V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC;
-    std::atomic<int> interval = 33; ///< milliseconds between pictures
     std::atomic<bool> isUnplugged = false;
     std::atomic<bool> isBusy = false;
     // What was asked for last, and what is still held.
@@ -72,7 +70,7 @@ public:
     short wait(int, int wakeUp) override
     {
         pollfd descriptor{wakeUp, POLLIN, 0};
-        const bool isWoken = poll(&descriptor, 1, interval) > 0;
+        const bool isWoken = poll(&descriptor, 1, 33) > 0;
         return isWoken ? 0 : isUnplugged ? POLLERR : POLLIN;
     }
 
@@ -135,7 +133,7 @@ public:
                     buffer.index = m_queued.front();
                     m_queued.erase(m_queued.begin());
                     buffer.bytesused = static_cast<std::uint32_t>(picture.size());
-                    buffer.flags = flags;
+                    buffer.flags = V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC;
                     m_time += 33'333;
                     buffer.timestamp = {m_time / 1'000'000, m_time % 1'000'000};
                 },

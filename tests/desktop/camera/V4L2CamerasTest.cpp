@@ -21,14 +21,12 @@ struct Reception {
     std::atomic<int> pictures = 0;
     std::atomic<int> right = 0;
     std::atomic<int> ends = 0;
-    std::vector<MediaTime> times;
 
     QFuture<void> from(CaptureSource &source, QSize size)
     {
         return source.start(
             [this, size](const MediaSample &sample) {
                 right += isGreen(*sample.videoFrame(), size) ? 1 : 0;
-                times.push_back(sample.presentationTime());
                 ++pictures;
             },
             [this](const std::exception_ptr &) { ++ends; });
@@ -76,34 +74,20 @@ TEST_F(V4L2CamerasTest, DeliverInTheBestMode)
         source->stop().waitForFinished();
         EXPECT_EQ(reception.right, reception.pictures);
         EXPECT_EQ(kernel->format.pixelformat, expected.fourcc);
-        EXPECT_EQ(reception.times.front().nanoseconds() % 33'333'000, 0) << "the driver's own times";
         EXPECT_EQ(reception.ends + kernel->opened + kernel->mapped, 0) << "nothing is held any more";
     }
 }
 
-TEST_F(V4L2CamerasTest, LeaveOutWhatIsDamagedOrTooMuch)
+TEST_F(V4L2CamerasTest, LeaveOutWhatIsDamaged)
 {
     kernel->cameras = {{kPath, {.modes = {{V4L2_PIX_FMT_MJPEG, 640, 480, 30}}}}};
     kernel->picture = greenPicture(CameraPixels::Mjpeg, {640, 480});
     kernel->picture.resize(kernel->picture.size() / 2);
-    kernel->interval = 1;
     V4L2Cameras cameras(kernel, folder.path());
     Reception reception;
     const auto source = cameras.makeSource(kDevice.uniqueID, {640, 480});
     reception.from(*source, {640, 480}).waitForFinished();
     EXPECT_FALSE(eventually([&] { return reception.pictures > 0; }, std::chrono::milliseconds(200)));
-
-    source->stop().waitForFinished();
-
-    // Without a time of the driver's they are paced by the clock.
-    kernel->flags = 0;
-    kernel->picture = greenPicture(CameraPixels::Mjpeg, {640, 480});
-    Reception paced;
-    const auto other = cameras.makeSource(kDevice.uniqueID, {640, 480});
-    paced.from(*other, {640, 480}).waitForFinished();
-    EXPECT_TRUE(eventually([&] { return paced.pictures >= 10; }));
-    other->stop().waitForFinished();
-    EXPECT_GE(paced.times.back() - paced.times.front(), MediaTime::fromMilliseconds(9 * 25));
 }
 
 TEST_F(V4L2CamerasTest, ComeAndGo)

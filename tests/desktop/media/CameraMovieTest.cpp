@@ -5,14 +5,20 @@
 #include "desktop/threads/ThreadSerialQueue.h"
 #include "support/Eventually.h"
 #include "support/fakes/Await.h"
-#include "support/fakes/FakeDesktop.h"
 #include "support/fakes/FakeSources.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 namespace zivra::desktop::test {
 
 using namespace zivra::test;
+
+struct SharedClock final : MediaClock {
+    std::atomic<std::int64_t> nanoseconds = 0;
+    [[nodiscard]] MediaTime now() const override { return MediaTime::fromNanoseconds(nanoseconds); }
+};
 
 /// Thirty numbered pictures a second, and sound that comes 25 ms after them with a click at each whole
 /// second.
@@ -22,7 +28,7 @@ TEST(CameraMovie, KeepsPictureAndSoundTogetherThroughPausesAndTheLossOfTheCamera
     const QUrl url = folder.url("take.mov");
     FakeSources sources;
     FFmpegMovieServices movies;
-    FakeClock clock;
+    SharedClock clock;
     ThreadSerialQueueFactory queues;
     SessionCameraManager manager({sources, sources, movies, clock}, queues);
     manager.start(CaptureDevice{"camera", {}}, VideoQuality::Medium);
@@ -35,7 +41,7 @@ TEST(CameraMovie, KeepsPictureAndSoundTogetherThroughPausesAndTheLossOfTheCamera
     constexpr double kLag = 0.025;
     for (int number = 0; number < 8 * kPerSecond; ++number) {
         const double time = number / double(kPerSecond);
-        clock.time = kSessionStart + MediaTime::fromSeconds(time + kLag);
+        clock.nanoseconds = (kSessionStart + MediaTime::fromSeconds(time + kLag)).nanoseconds();
         if (number == 2 * kPerSecond || number == 4 * kPerSecond + 7) {
             manager.pauseMovie();
         } else if (number == 3 * kPerSecond || number == 4 * kPerSecond + 22) {
