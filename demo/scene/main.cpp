@@ -21,11 +21,13 @@ struct Options {
     double seconds = 0; // 0: until ended
     std::optional<double> tone;
     std::string sink;
+    bool onTheSecond = false; ///< starts at a whole second of the monotonic clock
 };
 
 constexpr auto kUsage =
     "Usage: zivra-scene [--geometry WxH+X+Y] [--override-redirect] [--small | --still] [--fps N]\n"
-    "                   [--title T] [--colour RRGGBB] [--tone HZ] [--sink NAME] [--seconds N]\n";
+    "                   [--title T] [--colour RRGGBB] [--tone HZ] [--sink NAME] [--seconds N]\n"
+    "                   [--on-the-second]\n";
 
 bool readOption(Options &options, const std::string &name, const char *value)
 {
@@ -59,6 +61,8 @@ bool readOptions(Options &options, int argc, char **argv)
         const std::string name = argv[index];
         if (name == "--override-redirect") {
             options.picture.overrideRedirect = true;
+        } else if (name == "--on-the-second") {
+            options.onTheSecond = true;
         } else if (name == "--small") {
             options.picture.motion = zivra::scene::Motion::Small;
         } else if (name == "--still") {
@@ -74,7 +78,9 @@ void run(const Options &options)
 {
     using namespace zivra::scene;
     Picture picture(options.picture);
-    const SceneTime time{Clock::now(), options.framesPerSecond};
+    const auto now = Clock::now();
+    const SceneTime time{options.onTheSecond ? std::chrono::ceil<std::chrono::seconds>(now) : now,
+                         options.framesPerSecond};
     std::optional<Sound> sound;
     if (options.tone) {
         sound.emplace(time, *options.tone, options.sink);

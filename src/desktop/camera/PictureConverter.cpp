@@ -120,6 +120,7 @@ bool PictureConverter::decode(std::span<const std::uint8_t> jpeg)
         }
         m_decoder->thread_count = 1; // more would hold pictures back
         m_decoder->err_recognition = AV_EF_EXPLODE;
+        m_decoder->log_level_offset = AV_LOG_DEBUG; // a damaged picture is nothing to tell of
         if (avcodec_open2(m_decoder.get(), codec, nullptr) < 0) {
             return false;
         }

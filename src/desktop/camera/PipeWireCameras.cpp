@@ -16,6 +16,7 @@ constexpr auto kRetryInterval = std::chrono::seconds(3);
 std::vector<CaptureDevice> devicesOf(const std::vector<PipeWireNode> &nodes)
 {
     std::vector<CaptureDevice> devices;
+    devices.reserve(nodes.size());
     for (const PipeWireNode &node : nodes) {
         devices.push_back({.uniqueID = kPrefix + QString::fromStdString(node.name),
                            .name = QString::fromStdString(node.description)});

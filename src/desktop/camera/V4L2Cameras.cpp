@@ -43,6 +43,7 @@ bool readsVideoChange(int descriptor)
 std::vector<CaptureDevice> devicesOf(const std::vector<V4L2Camera> &cameras)
 {
     std::vector<CaptureDevice> devices;
+    devices.reserve(cameras.size());
     for (const V4L2Camera &camera : cameras) {
         devices.push_back(camera.device);
     }
@@ -51,7 +52,7 @@ std::vector<CaptureDevice> devicesOf(const std::vector<V4L2Camera> &cameras)
 
 } // namespace
 
-V4L2Cameras::V4L2Cameras(std::shared_ptr<V4L2System> system, QString folder)
+V4L2Cameras::V4L2Cameras(std::shared_ptr<V4L2System> system, const QString &folder)
     : m_system(std::move(system)),
       m_changes(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
       m_wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))

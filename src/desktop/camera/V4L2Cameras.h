@@ -14,7 +14,7 @@ namespace zivra::desktop {
 class V4L2Cameras final : public CameraBackend {
 public:
     /// `folder` is where the device files are.
-    explicit V4L2Cameras(std::shared_ptr<V4L2System> system, QString folder = QStringLiteral("/dev"));
+    explicit V4L2Cameras(std::shared_ptr<V4L2System> system, const QString &folder = QStringLiteral("/dev"));
     ~V4L2Cameras() override;
     V4L2Cameras(const V4L2Cameras &) = delete;
     V4L2Cameras &operator=(const V4L2Cameras &) = delete;

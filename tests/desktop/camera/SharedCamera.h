@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QSize>
+
 #include <pipewire/pipewire.h>
 #include <spa/param/video/format-utils.h>
 
@@ -13,11 +15,11 @@ namespace zivra::desktop::test {
 /// same bytes.
 class SharedCamera {
 public:
-    SharedCamera(const char *name, std::uint32_t mediaSubtype, std::uint32_t format, int width, int height,
+    SharedCamera(const char *name, std::uint32_t mediaSubtype, std::uint32_t format, QSize size,
                  std::vector<std::uint8_t> picture)
         : m_picture(std::move(picture)),
-          m_stride(format == SPA_VIDEO_FORMAT_NV12 ? width
-                                                   : width * (format == SPA_VIDEO_FORMAT_YUY2 ? 2 : 4))
+          m_stride(format == SPA_VIDEO_FORMAT_NV12 ? size.width()
+                                                   : size.width() * (format == SPA_VIDEO_FORMAT_YUY2 ? 2 : 4))
     {
         pw_init(nullptr, nullptr);
         m_loop = pw_thread_loop_new("shared-camera", nullptr);
@@ -36,12 +38,13 @@ public:
         spa_pod_builder builder{};
         spa_pod_builder_init(&builder, memory.data(), memory.size());
         spa_pod_frame frame{};
-        const spa_rectangle size{std::uint32_t(width), std::uint32_t(height)};
+        const spa_rectangle rectangle{std::uint32_t(size.width()), std::uint32_t(size.height())};
         const spa_fraction rate{30, 1};
         spa_pod_builder_push_object(&builder, &frame, SPA_TYPE_OBJECT_Format, SPA_PARAM_EnumFormat);
         spa_pod_builder_add(&builder, SPA_FORMAT_mediaType, SPA_POD_Id(SPA_MEDIA_TYPE_video),
                             SPA_FORMAT_mediaSubtype, SPA_POD_Id(mediaSubtype), SPA_FORMAT_VIDEO_size,
-                            SPA_POD_Rectangle(&size), SPA_FORMAT_VIDEO_framerate, SPA_POD_Fraction(&rate), 0);
+                            SPA_POD_Rectangle(&rectangle), SPA_FORMAT_VIDEO_framerate,
+                            SPA_POD_Fraction(&rate), 0);
         if (mediaSubtype == SPA_MEDIA_SUBTYPE_raw) {
             spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_format, SPA_POD_Id(format), 0);
         }
