@@ -130,9 +130,10 @@ class Journey(unittest.TestCase):
 
     @staticmethod
     def is_resident():
-        asked = run("dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/",
-                    "org.freedesktop.DBus.NameHasOwner", "string:io.quillbeck.zivra")
-        return "true" in asked.stdout
+        """It answers, which it does once it has its hot keys."""
+        asked = run("dbus-send", "--session", "--print-reply", "--dest=io.quillbeck.zivra", "/io/quillbeck/zivra",
+                    "org.freedesktop.DBus.Introspectable.Introspect")
+        return "org.freedesktop.Application" in asked.stdout
 
     @staticmethod
     def press(key, then=0.0):
