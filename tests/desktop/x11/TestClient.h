@@ -22,7 +22,7 @@ public:
 
     /// Its windows have numbers that no client before had: the server gives a closed connection's to the next
     /// one, which a window manager that lags takes for the same windows.
-    TestClient()
+    explicit TestClient(const QByteArray &display = {}) : XcbConnection(display)
     {
         static int before = 0;
         constexpr int kMostWindows = 16;
