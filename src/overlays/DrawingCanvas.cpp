@@ -93,24 +93,25 @@ QSGNode *DrawingCanvas::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*da
         old = std::make_unique<QSGNode>().release();
         m_changed = m_painter.inked();
     }
+    const QRegion inked = m_painter.inked();
     for (const QRect &rect : std::exchange(m_changed, {})) {
         constexpr int kSide = StrokePainter::kTileSide;
         for (int top = rect.top() / kSide * kSide; top <= rect.bottom(); top += kSide) {
             for (int left = rect.left() / kSide * kSide; left <= rect.right(); left += kSide) {
-                showTile(*old, QRect(left, top, kSide, kSide) & m_painter.picture().rect());
+                showTile(*old, QRect(left, top, kSide, kSide) & m_painter.picture().rect(), inked);
             }
         }
     }
     return old;
 }
 
-void DrawingCanvas::showTile(QSGNode &parent, const QRect &tile)
+void DrawingCanvas::showTile(QSGNode &parent, const QRect &tile, const QRegion &inked)
 {
     constexpr int kTilesInRow = 1000; // more than any screen has
     const int number =
         tile.top() / StrokePainter::kTileSide * kTilesInRow + tile.left() / StrokePainter::kTileSide;
     auto &node = m_tiles[number];
-    if (!m_painter.inked().intersects(tile)) {
+    if (!inked.intersects(tile)) {
         if (node != nullptr) {
             parent.removeChildNode(node);
             const std::unique_ptr<QSGImageNode> removed(node);

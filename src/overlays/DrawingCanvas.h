@@ -37,7 +37,7 @@ private:
     void followStrokes();
     void redraw();
     void wakeForFading();
-    void showTile(QSGNode &parent, const QRect &tile);
+    void showTile(QSGNode &parent, const QRect &tile, const QRegion &inked);
 
     DrawingModel &m_model;
     StrokePainter m_painter;

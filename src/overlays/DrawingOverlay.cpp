@@ -19,11 +19,10 @@ DrawingOverlay::DrawingOverlay(const PanelMaker &maker, const MediaClock &clock)
 void DrawingOverlay::show(const Screen &screen)
 {
     if (!m_panel) {
-        m_panel.emplace(m_maker,
-                        PanelStyle{.title = QStringLiteral("Drawing"),
-                                   .level = kFloatingLevel,
-                                   .ignoresMouse = true},
-                        std::make_unique<DrawingCanvas>(m_model));
+        m_panel.emplace(
+            m_maker,
+            PanelStyle{.title = QStringLiteral("Drawing"), .level = kFloatingLevel, .ignoresMouse = true},
+            std::make_unique<DrawingCanvas>(m_model));
     }
     m_panel->setFrame(screen.frame);
     m_panel->orderFront();

@@ -83,10 +83,12 @@ void StrokePainter::repaint(const QRegion &tiles, const std::vector<DrawingModel
                             MediaTime now)
 {
     QPainter painter(&m_picture);
-    painter.setClipRegion(tiles);
-    painter.setCompositionMode(QPainter::CompositionMode_Clear);
-    painter.fillRect(m_picture.rect(), Qt::transparent);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    for (const QRect &rect : tiles) {
+        painter.fillRect(rect, Qt::transparent);
+    }
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.setClipRegion(tiles);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(m_scale, m_scale);
     for (const DrawingModel::Stroke &stroke : strokes) {

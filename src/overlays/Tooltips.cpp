@@ -13,7 +13,7 @@ namespace zivra {
 
 namespace {
 
-constexpr double kDistance = 8; ///< points between the item and its text
+constexpr double kDistance = 8;      ///< points between the item and its text
 constexpr double kSideDistance = 15; ///< clear of the bar that the item is in
 constexpr double kScreenMargin = 4;
 
@@ -98,12 +98,11 @@ void Tooltips::show()
         return;
     }
     if (!m_panel) {
-        m_panel.emplace(m_maker,
-                        PanelStyle{.title = QStringLiteral("Tooltip"),
-                                   .level = kToolTipLevel,
-                                   .ignoresMouse = true},
-                        QStringLiteral("Overlays/TooltipView.qml"),
-                        QVariantMap{{QStringLiteral("model"), QVariant::fromValue<QObject *>(this)}});
+        m_panel.emplace(
+            m_maker,
+            PanelStyle{.title = QStringLiteral("Tooltip"), .level = kToolTipLevel, .ignoresMouse = true},
+            QStringLiteral("Overlays/TooltipView.qml"),
+            QVariantMap{{QStringLiteral("model"), QVariant::fromValue<QObject *>(this)}});
     }
     place();
     m_panel->orderFront();
