@@ -61,7 +61,8 @@ TEST(ContentFilterOfATake, KeepsOverlaysInAndOurOtherWindowsOut)
     const ShareableContent content = desktopOfTwo();
     const auto filterFor = [&](const CapturePlan &plan) { return contentFilter(plan, content, {11}, 7); };
     const CapturePlan screen{1, CaptureArea::FullScreen, {}, {}};
-    EXPECT_EQ(filterFor(screen), (ContentFilter{ContentFilter::Kind::DisplayExcludingWindows, 1, {13}, 7, {11}}));
+    EXPECT_EQ(filterFor(screen),
+              (ContentFilter{ContentFilter::Kind::DisplayExcludingWindows, 1, {13}, 7, {11}}));
     CapturePlan window{2, CaptureArea::Window, QRectF(0, 100, 200, 200), 10};
     EXPECT_EQ(filterFor(window), (ContentFilter{ContentFilter::Kind::DisplayIncludingWindows, 2, {10, 11}}));
     window.windowID = 99; // has closed since: only the overlays are left, which is no failure

@@ -77,7 +77,7 @@ TEST(PipeWireCameras, ComeSendAndGo)
     }
     EXPECT_LE(Holdings().files, atFirst->files);
     EXPECT_LE(Holdings().pages, atFirst->pages + 1000) << "4 MiB, where a cycle's pictures alone take more";
-    EXPECT_EQ(changes, 2 * kCycles);
+    EXPECT_GE(changes, 2 * kCycles);
 }
 
 } // namespace zivra::desktop::test

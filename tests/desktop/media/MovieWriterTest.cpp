@@ -61,7 +61,7 @@ TEST_P(MovieWriterFileType, KeepsPicturesSoundAndColoursInTheirPlaces)
     writer->startSession(kSessionStart);
     std::vector<double> times;
     for (int i = 0; i < 90; ++i) {
-        times.push_back(i / 30.0 + (i % 3 == 1 ? 0.007 : 0)); // an uneven pace
+        times.push_back(i / 30.0 + (i % 3 == 1 ? 0.007 : 0));                       // an uneven pace
         video.append(numberedFrame(i, times.back(), i > 45 ? 2 * kWidth : kWidth)); // fitted in
         if (i % 3 == 0) {
             audio.append(soundBlock(i / 30.0, 0.1, {.clicks = {0.01, 0.5, 2.5}}));
