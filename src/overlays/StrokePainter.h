@@ -15,7 +15,7 @@ namespace zivra {
 /// screen, regions are made of whole tiles.
 class StrokePainter {
 public:
-    static constexpr int kTileSide = 120;
+    static constexpr int kTileSide = 60;
 
     /// An empty picture. `scale`: pixels a point.
     void reset(QSize pixels, double scale);
