@@ -64,7 +64,7 @@ void ExcludedWindows::addWindowsOfProcess()
         }
     }
     std::ranges::sort(m_windows);
-    m_windows.erase(std::ranges::unique(m_windows).begin(), m_windows.end());
+    m_windows.erase(std::unique(m_windows.begin(), m_windows.end()), m_windows.end());
 }
 
 /// An icon in the tray is a part of the tray's window, which is to be seen.
