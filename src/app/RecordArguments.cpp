@@ -98,8 +98,8 @@ VideoQuality quality(const QString &option, const QString &value)
 RecordingMode mode(const QString &option, const QString &value)
 {
     const auto known = recordingModeFromRawValue(value);
-    if (!known || *known == RecordingMode::ScreenAndCamera) {
-        refuse(option, value, QStringLiteral("screenOnly or cameraOnly"));
+    if (!known) {
+        refuse(option, value, QStringLiteral("screenOnly, screenAndCamera or cameraOnly"));
     }
     return *known;
 }
@@ -161,7 +161,7 @@ RecordArguments RecordArguments::parse(const QStringList &arguments)
         }
     }
     if (cameraGiven && result.mode == RecordingMode::ScreenOnly) {
-        throw ArgumentError(QStringLiteral("--camera needs --mode cameraOnly"));
+        throw ArgumentError(QStringLiteral("--camera needs --mode screenAndCamera or cameraOnly"));
     }
     return completed(result, areaGiven);
 }

@@ -27,7 +27,8 @@ QPointF ScreensAsIfMouseOn::mouseLocation() const
     return screen ? screen->frame.center() : m_screens.mouseLocation();
 }
 
-RecordCommand::RecordCommand(Platform platform, CameraManager &camera, RecordArguments arguments)
+RecordCommand::RecordCommand(Platform platform, CameraManager &camera, CameraBubbleController &bubble,
+                             RecordArguments arguments)
     : m_arguments(std::move(arguments)),
       m_screens(platform.screens, m_arguments.displayID),
       m_platform(withScreens(platform, m_screens)),
@@ -38,7 +39,7 @@ RecordCommand::RecordCommand(Platform platform, CameraManager &camera, RecordArg
       m_areaSelector(m_arguments.rectangle),
       m_coordinator(
           coordinatorCollaborators(m_platform, m_settings, m_devices, m_library, m_permissions,
-                                   {camera, m_bubble, m_drawing, m_controlBar, m_countdown, m_areaSelector}))
+                                   {camera, bubble, m_drawing, m_controlBar, m_countdown, m_areaSelector}))
 {
     applyArguments();
     m_limit.setSingleShot(true);

@@ -27,15 +27,16 @@ private:
     std::uint32_t m_displayID;
 };
 
-/// One take from the shell, through the same coordinator as every other: no countdown, no surfaces, no
-/// hand-over. Main thread only.
+/// One take from the shell, through the same coordinator as every other: no countdown, no hand-over, and on
+/// the screen at most the camera's bubble. Main thread only.
 ///
 /// `platform.defaults` must not be the stored ones: the arguments are set there.
 class RecordCommand : public QObject {
     Q_OBJECT
 
 public:
-    RecordCommand(Platform platform, CameraManager &camera, RecordArguments arguments);
+    RecordCommand(Platform platform, CameraManager &camera, CameraBubbleController &bubble,
+                  RecordArguments arguments);
 
     /// `onEnd` is called once, with the movie or without when there is none; `onTrouble` with each line
     /// of what went wrong on the way.
@@ -58,7 +59,6 @@ private:
     Devices m_devices;
     Library m_library;
     Permissions m_permissions;
-    NoCameraBubble m_bubble;
     NoDrawingOverlay m_drawing;
     NoControlBar m_controlBar;
     NoCountdown m_countdown;

@@ -63,7 +63,7 @@ constexpr auto kHelp =
     "\n"
     "Options of record:\n"
     "  --seconds N           end after N seconds; otherwise at SIGINT (Ctrl+C) or SIGTERM\n"
-    "  --mode MODE           screenOnly or cameraOnly (default: screenOnly)\n"
+    "  --mode MODE           screenOnly, screenAndCamera or cameraOnly (default: screenOnly)\n"
     "  --area AREA           fullScreen, window or customArea (default: fullScreen)\n"
     "  --window ID           the window to record\n"
     "  --rect X,Y,W,H        the rectangle to record, in points from the display's top left\n"
@@ -71,7 +71,7 @@ constexpr auto kHelp =
     "  --quality HEIGHT      greatest height of the movie: 480, 720 or 1080 (default: 1080)\n"
     "  --system-audio        record the computer's sound\n"
     "  --microphone [ID]     record a microphone (default: the desktop's choice)\n"
-    "  --camera [ID]         the camera of --mode cameraOnly (default: the first one)\n"
+    "  --camera [ID]         the camera of the modes with one (default: the first one)\n"
     "  --clicks              show mouse clicks\n";
 
 void printLine(std::FILE *stream, const QString &line)
@@ -118,22 +118,28 @@ void nameApplication()
     QCoreApplication::setApplicationVersion(QStringLiteral(ZIVRA_VERSION));
 }
 
-int record(int argc, char **argv)
+/// Throws in words where QApplication would abort.
+void requireDisplay()
 {
-    QCoreApplication application(argc, argv);
-    nameApplication();
-    RecordArguments arguments;
-    try {
-        arguments = RecordArguments::parse(QCoreApplication::arguments().mid(2));
-    } catch (const ArgumentError &error) {
-        complain(QString::fromUtf8(error.what()));
-        return kBadUsage;
+    const desktop::XcbConnection connection;
+}
+
+QStringList wordsFrom(int argc, char **argv)
+{
+    QStringList words;
+    for (int index = 0; index < argc; ++index) {
+        words.append(QString::fromLocal8Bit(argv[index]));
     }
+    return words;
+}
+
+int runTake(const RecordArguments &arguments, CameraBubbleController &bubble)
+{
     desktop::JsonUserDefaults stored(desktop::JsonUserDefaults::standardPath());
     desktop::TransientUserDefaults defaults(stored);
     desktop::ConsoleAlertPresenter alerts;
     CaptureServices services;
-    RecordCommand command(services.platform(defaults, alerts), services.camera, arguments);
+    RecordCommand command(services.platform(defaults, alerts), services.camera, bubble, arguments);
     const desktop::TerminationSignals signalsStop([&command] { command.stop(); });
     int status = kNoMovie;
     command.start(
@@ -147,6 +153,42 @@ int record(int argc, char **argv)
         complain);
     QCoreApplication::exec();
     return status;
+}
+
+int recordWithBubble(const RecordArguments &arguments, char **argv)
+{
+    requireDisplay();
+    int ownName = 1; // Qt would take --display for its own
+    QApplication application(ownName, argv);
+    nameApplication();
+    QApplication::setQuitOnLastWindowClosed(false);
+    ViewLoader views;
+    desktop::X11PanelSurfaces panelSurfaces;
+    const PanelMaker panels{panelSurfaces, views};
+    const Tooltips tooltips(panels);
+    CameraBubble bubble(panels);
+    return runTake(arguments, bubble);
+}
+
+int recordWithoutWindows(const RecordArguments &arguments, int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    nameApplication();
+    NoCameraBubble bubble;
+    return runTake(arguments, bubble);
+}
+
+int record(int argc, char **argv)
+{
+    RecordArguments arguments;
+    try {
+        arguments = RecordArguments::parse(wordsFrom(argc, argv).mid(2));
+    } catch (const ArgumentError &error) {
+        complain(QString::fromUtf8(error.what()));
+        return kBadUsage;
+    }
+    return arguments.mode == RecordingMode::ScreenAndCamera ? recordWithBubble(arguments, argv)
+                                                            : recordWithoutWindows(arguments, argc, argv);
 }
 
 /// The program in the tray.
@@ -208,12 +250,6 @@ QList<QUrl> urlsFrom(const QStringList &arguments)
         urls.append(QUrl(argument));
     }
     return urls;
-}
-
-/// Throws in words where QApplication would abort.
-void requireDisplay()
-{
-    const desktop::XcbConnection connection;
 }
 
 int runInTray(int argc, char **argv)

@@ -109,7 +109,7 @@ class Sounds(Journey):
 
 class BadLuck(Journey):
     def test_words_and_statuses(self):
-        for arguments in (["--quality", "9"], ["--frames"], ["--window", "0"], ["--mode", "screenAndCamera"]):
+        for arguments in (["--quality", "9"], ["--frames"], ["--window", "0"], ["--mode", "camera"]):
             done = run(ZIVRA, "record", *arguments)
             self.assertEqual((done.returncode, done.stdout, done.stderr.count("\n")), (2, "", 1), arguments)
         gone = run(ZIVRA, "record", "--window", "0x7fffff")
