@@ -24,7 +24,8 @@ CameraBubble::CameraBubble(const PanelMaker &maker) : m_maker(maker)
     m_growth.setDuration(kMilliseconds);
     m_growth.setEasingCurve(QEasingCurve::InOutQuad);
     QObject::connect(&m_growth, &QVariantAnimation::valueChanged, &m_model, [this](const QVariant &size) {
-        m_panel->setFrame(resizedFromLowerLeft(m_panel->frame(), size.toSizeF()));
+        // Whole sizes, or the corner would drift by what a panel's frame is rounded by at each step.
+        m_panel->setFrame(resizedFromLowerLeft(m_panel->frame(), size.toSizeF().toSize()));
     });
 }
 

@@ -142,11 +142,93 @@ class Bar(Overlays):
             else:
                 self.assert_keyboard_untouched()
             if step % 50 == 49:
-                status = Path(f"/proc/{program.pid}/status").read_text()
-                memory.append(int(status.split("VmRSS:")[1].split()[0]))
+                memory.append(resident_kilobytes(program))
         time.sleep(0.5)
         self.assertEqual(self.stacking(), ["bar", "sheet", "terminal"])
         self.assertLess(memory[-1], memory[0] + 30_000, "kilobytes")
+
+
+class Bubble(Overlays):
+    """The camera is the drawn one."""
+
+    def setUp(self):
+        super().setUp()
+        os.environ["ZIVRA_DEMO_CAMERA"] = "1"
+        self.addCleanup(os.environ.pop, "ZIVRA_DEMO_CAMERA")
+
+    def bubble(self):
+        return until("the bubble", lambda: panel("Camera"))
+
+    def press_pill(self, name):
+        """By its distance from the middle of the bubble's foot; the pill is there once the mouse is."""
+        x, y, width, height = self.bubble()
+        places = {"small": -39, "medium": -15, "large": 10, "close": 39}
+        xdotool("mousemove", x + width // 2, y + height // 2)
+        time.sleep(0.3)
+        self.click(x + width // 2 + places[name], y + height - 38)
+        self.assert_keyboard_untouched()
+
+    def drag_bubble(self, across, down):
+        x, y, width, height = self.bubble()
+        grip = x + width // 2, y + height // 2
+        xdotool("mousemove", *grip, "mousedown", 1, "mousemove", grip[0] + across, grip[1] + down, "mouseup", 1)
+        until("the drag", lambda: self.bubble()[:2] == (x + across, y + down))
+
+    def test_it_is_dragged_resized_and_closed_and_is_in_the_movie(self):
+        self.resident(mode="screenAndCamera", countdown=True, countdownSeconds=9)
+        self.press("l")
+        self.assertEqual(self.bubble(), (84, 1080 - 24 - 240, 240, 240))
+        x, y, _, _ = until("the countdown", lambda: panel("Countdown"))
+        self.click(x + 170, y + 245)
+        self.assert_keyboard_untouched()
+        self.bar()
+        self.drag_bubble(400, -200)
+        self.assert_keyboard_untouched()
+        self.press_pill("large")
+        until("the growth", lambda: self.bubble() == (484, 496, 360, 360))
+        time.sleep(0.5)
+        self.press_pill("small")
+        until("the change", lambda: self.bubble() == (484, 696, 160, 160))
+        self.press_pill("close")
+        until("the end of the bubble", lambda: not panel("Camera"))
+        time.sleep(0.5)
+        x, y, width, height = self.bar()
+        self.click(x + width // 2, y + height - 33)
+        self.assert_keyboard_untouched()
+        self.assertEqual(self.bubble(), (484, 696, 160, 160))
+        time.sleep(0.5)
+        self.press("l")
+        frames = self.handed_over().frames(height=270)
+        self.assertTrue(near(frames[-1].colour(84 / 1920, 936 / 1080), bare(frames[-1])), "where it was at first")
+        # Above the small bubble there is a part of the large one only; in the small one's middle there is either.
+        large = [not near(frame.colour(664 / 1920, 600 / 1080), bare(frame)) for frame in frames]
+        either = [not near(frame.colour(564 / 1920, 776 / 1080), bare(frame)) for frame in frames]
+        self.assertIn(True, large)
+        self.assertFalse(large[-1])
+        self.assertTrue(either[-1])
+        self.assertIn(False, either[large.index(True):], "while it was closed")
+
+    def test_ten_restarts_leave_one_of_each(self):
+        program = self.resident(mode="screenAndCamera")
+        self.press("l", then=1)
+        memory = []
+        for _ in range(10):
+            before = self.files()
+            self.press("r", then=1.1)  # names have seconds
+            until("the next take", lambda: self.files() and self.files() != before)
+            memory.append(resident_kilobytes(program))
+        for title in ("Camera", "Controls", "Drawing"):
+            self.assertEqual(len(window_named(f"^{title}$")), 1, title)
+        self.assertLess(memory[-1], memory[0] + 60_000, memory)
+        self.press_pill("close")
+        self.press("r", then=1)
+        x, y, width, height = self.bar()
+        self.click(x + width // 2, y + height - 33, then=1)
+        self.bubble()
+        self.press("l")
+        frames = self.handed_over().frames(height=270)
+        self.assertTrue(all(near(frame.colour(204 / 1920, 936 / 1080), bare(frame)) for frame in frames),
+                        "it was hidden when the take began")
 
 
 class Area(Overlays):
@@ -193,6 +275,16 @@ class Looks(Overlays):
         self.press("l")
         self.handed_over()
 
+    def test_the_bubble_without_a_camera(self):
+        self.resident(mode="screenAndCamera", bubbleSize="small")
+        self.press("l", then=0.8)
+        x, y, width, height = until("the bubble", lambda: panel("Camera"))
+        xdotool("mousemove", x + width // 2, y + height // 2)
+        time.sleep(0.4)
+        self.assert_looks_like("bubble-pill", x, y, width, height)
+        self.press("l")
+        self.handed_over()
+
     def test_the_area_selector(self):
         self.resident(captureArea="customArea")
         self.press("l", then=0.8)
@@ -202,6 +294,10 @@ class Looks(Overlays):
         time.sleep(0.3)
         self.assert_looks_like("area-selected", 280, 260, 440, 360)
         xdotool("key", "Escape")
+
+
+def resident_kilobytes(process):
+    return int(Path(f"/proc/{process.pid}/status").read_text().split("VmRSS:")[1].split()[0])
 
 
 def bare(frame):
