@@ -28,6 +28,13 @@ constexpr std::array<Format, 4> kFormats{
      {CameraPixels::Mjpeg, SPA_MEDIA_SUBTYPE_mjpg, SPA_VIDEO_FORMAT_UNKNOWN}}};
 const CaptureDevice kDevice{"pipewire:shared", "Shared Camera"};
 
+// A sanitizer holds back what is freed, and finds leaks itself.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kCountsPages = false;
+#else
+constexpr bool kCountsPages = true;
+#endif
+
 struct Holdings {
     qsizetype files = QDir("/proc/self/fd").count();
     qsizetype pages = shell(QStringLiteral("cat /proc/%1/statm").arg(getpid())).split(' ').value(1).toInt();
@@ -76,7 +83,9 @@ TEST(PipeWireCameras, ComeSendAndGo)
         }
     }
     EXPECT_LE(Holdings().files, atFirst->files);
-    EXPECT_LE(Holdings().pages, atFirst->pages + 1000) << "4 MiB, where a cycle's pictures alone take more";
+    if (kCountsPages) {
+        EXPECT_LE(Holdings().pages, atFirst->pages + 1000) << "4 MiB, where a cycle's pictures alone take more";
+    }
     EXPECT_GE(changes, 2 * kCycles);
 }
 
