@@ -249,6 +249,66 @@ class Area(Overlays):
         self.assertEqual(self.handed_over().size, (600, 450))
 
 
+class Monitors(Overlays):
+    """Two displays, the right one smaller and lower; the mouse is on it. The server has them as one."""
+
+    LEFT, TOP, WIDTH, HEIGHT = 720, 90, 1200, 900
+
+    def setUp(self):
+        super().setUp()
+        os.environ["ZIVRA_DEMO_CAMERA"] = "1"
+        self.addCleanup(os.environ.pop, "ZIVRA_DEMO_CAMERA")
+        for name, shape, output in (("left", "720/200x1080/300+0+0", "screen"), ("right", "1200/300x900/250+720+90", "none")):
+            xrandr = run("xrandr", "--setmonitor", name, shape, output)
+            self.assertEqual(xrandr.returncode, 0, xrandr.stderr)
+            self.addCleanup(run, "xrandr", "--delmonitor", name)
+
+    def take_on_the_right(self, scale):
+        """Everything is where it belongs on that display, at this many pixels a point."""
+        run("xrdb", "-nocpp", "-merge", "-", input=f"Xft.dpi:\t{round(96 * scale)}\n")
+        self.resident(mode="screenAndCamera", captureArea="customArea", countdown=True, countdownSeconds=9)
+        whole = (self.LEFT, self.TOP, self.WIDTH, self.HEIGHT)
+        foot = self.TOP + self.HEIGHT - 24 * scale
+        self.press("l")
+        self.assertEqual(until("the selector", lambda: panel("Area Selector")), whole)
+        self.draw((1000, 300), (1100, 400), (1301, 601))
+        time.sleep(0.2)
+        xdotool("key", "Return")
+        side, height = 260 * scale, 290 * scale
+        x, y, *size = until("the countdown", lambda: panel("Countdown"))
+        self.assertEqual(size, [side, height])
+        self.assertAlmostEqual(x, self.LEFT + (self.WIDTH - side) / 2, delta=scale)
+        self.assertAlmostEqual(y, self.TOP + (self.HEIGHT - height) / 2, delta=scale)
+        self.click(x + 170 * scale, y + 245 * scale)
+        x, y, width, height = self.bar()
+        self.assertAlmostEqual(x, self.LEFT + 12 * scale, delta=scale)
+        self.assertAlmostEqual(y + height, foot, delta=scale)
+        self.assertEqual(panel("Drawing"), whole)
+        x, y, *size = panel("Camera")
+        self.assertEqual(size, [240 * scale] * 2)
+        self.assertAlmostEqual(x, self.LEFT + 84 * scale, delta=scale)
+        self.assertAlmostEqual(y + size[1], foot, delta=scale)
+        grip = x + size[0] // 2, y + size[1] // 2
+        xdotool("mousemove", *grip, "mousedown", 1)
+        for step in range(1, 11):
+            xdotool("mousemove", grip[0] - 55 * step, grip[1] - 20 * step)
+            time.sleep(0.02)
+        xdotool("mouseup", 1)
+        until("the drag to the other display", lambda: all(
+            abs(is_at - was) <= 2 * scale for is_at, was in zip(panel("Camera"), (x - 550, y - 200, *size))))
+        self.assert_keyboard_untouched()
+        time.sleep(0.5)
+        self.press("l")
+        for side in self.handed_over().size:
+            self.assertAlmostEqual(side, 301, delta=3)  # whole points, an even number of pixels
+
+    def test_at_one_pixel_a_point(self):
+        self.take_on_the_right(1)
+
+    def test_at_one_and_a_half(self):
+        self.take_on_the_right(1.5)
+
+
 class Looks(Overlays):
     def test_each_overlay_looks_as_it_was_signed_off(self):
         self.resident(mode="screenOnly", countdown=True, countdownSeconds=2)
