@@ -287,7 +287,8 @@ int run(int argc, char **argv)
 {
     // A movie that grows beyond a limit on file sizes is to fail like on a full disk, in words.
     std::signal(SIGXFSZ, SIG_IGN);
-    // Every take has new threads. With an arena for each, what a take has freed would be kept many times over.
+    // Every take has new threads. With an arena for each, what a take has freed would be kept many times
+    // over.
     mallopt(M_ARENA_MAX, 2);
     const QByteArray first = argc > 1 ? argv[1] : "";
     if (first == "--help" || first == "-h") {
