@@ -41,24 +41,26 @@ QPainterPath roundedPath(const QRectF &rect, double radius, bool continuous)
 
 } // namespace
 
-RoundedShape::RoundedShape(QQuickItem *parent) : QQuickPaintedItem(parent)
+RoundedShape::RoundedShape(QQuickItem *parent) : VectorItem(parent)
 {
-    setAntialiasing(true);
     connect(this, &RoundedShape::changed, this, [this] { update(); });
 }
 
-void RoundedShape::paint(QPainter *painter)
+VectorItem::Painting RoundedShape::painting() const
 {
-    const QRectF whole(0, 0, width(), height());
+    const QRectF whole = boundingRect();
     const double radius = m_radius < 0 ? std::min(width(), height()) / 2 : m_radius;
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->fillPath(roundedPath(whole, radius, m_continuous), m_color);
-    if (m_lineWidth > 0) {
-        const double inset = m_lineWidth / 2;
-        const QRectF middle = whole.adjusted(inset, inset, -inset, -inset);
-        painter->strokePath(roundedPath(middle, std::max(radius - inset, 0.0), m_continuous),
-                            QPen(m_lineColor, m_lineWidth));
-    }
+    const double inset = m_lineWidth / 2;
+    const QRectF middle = whole.adjusted(inset, inset, -inset, -inset);
+    return [outline = roundedPath(whole, radius, m_continuous), color = m_color,
+            line = roundedPath(middle, std::max(radius - inset, 0.0), m_continuous), lineColor = m_lineColor,
+            lineWidth = m_lineWidth](QPainter &painter) {
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.fillPath(outline, color);
+        if (lineWidth > 0) {
+            painter.strokePath(line, QPen(lineColor, lineWidth));
+        }
+    };
 }
 
 } // namespace zivra

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "ui/VectorItem.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
 
 namespace zivra {
 
-/// A filled rectangle with round corners and a line inside its edge, smooth at every scale factor.
-class RoundedShape : public QQuickPaintedItem {
+/// A filled rectangle with round corners and a line inside its edge.
+class RoundedShape : public VectorItem {
     Q_OBJECT
     Q_PROPERTY(QColor color MEMBER m_color NOTIFY changed)
     /// Points; negative: as round as it goes, which makes circles and capsules.
@@ -20,10 +21,11 @@ class RoundedShape : public QQuickPaintedItem {
 public:
     explicit RoundedShape(QQuickItem *parent = nullptr);
 
-    void paint(QPainter *painter) override;
-
 Q_SIGNALS:
     void changed();
+
+protected:
+    [[nodiscard]] Painting painting() const override;
 
 private:
     QColor m_color = Qt::transparent;

@@ -21,32 +21,34 @@ double distanceToEdge(QPointF point, QSizeF half, double radius)
 
 } // namespace
 
-SoftShadow::SoftShadow(QQuickItem *parent) : QQuickPaintedItem(parent)
+SoftShadow::SoftShadow(QQuickItem *parent) : VectorItem(parent)
 {
     connect(this, &SoftShadow::changed, this, [this] { update(); });
 }
 
-void SoftShadow::paint(QPainter *painter)
+VectorItem::Painting SoftShadow::painting() const
 {
-    const double scale = painter->deviceTransform().m11();
-    QImage shadow((QSizeF(width(), height()) * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
-    const QSizeF half(width() / 2 - m_margin, height() / 2 - m_margin);
-    const double radius = m_cornerRadius < 0 ? std::min(half.width(), half.height()) : m_cornerRadius;
-    const double deviation = m_blur / 2;
-    for (int row = 0; row < shadow.height(); ++row) {
-        auto *pixels = reinterpret_cast<QRgb *>(shadow.scanLine(row));
-        for (int column = 0; column < shadow.width(); ++column) {
-            const QPointF point((column + 0.5) / scale - width() / 2,
-                                (row + 0.5) / scale - height() / 2 - m_offset);
-            // A Gaussian blur of a straight edge; near enough for corners much larger than the blur.
-            const double share =
-                std::erfc(distanceToEdge(point, half, radius) / deviation / std::numbers::sqrt2) / 2;
-            const double alpha = m_color.alphaF() * share;
-            pixels[column] = qPremultiply(qRgba(m_color.red(), m_color.green(), m_color.blue(),
-                                                static_cast<int>(std::lround(alpha * 255))));
+    const double radius = m_cornerRadius < 0 ? std::min(width(), height()) / 2 - m_margin : m_cornerRadius;
+    return [size = size(), margin = m_margin, radius, deviation = m_blur / 2, offset = m_offset,
+            color = m_color](QPainter &painter) {
+        const double scale = painter.deviceTransform().m11();
+        QImage shadow((size * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
+        const QSizeF half(size.width() / 2 - margin, size.height() / 2 - margin);
+        for (int row = 0; row < shadow.height(); ++row) {
+            auto *pixels = reinterpret_cast<QRgb *>(shadow.scanLine(row));
+            for (int column = 0; column < shadow.width(); ++column) {
+                const QPointF point((column + 0.5) / scale - size.width() / 2,
+                                    (row + 0.5) / scale - size.height() / 2 - offset);
+                // A Gaussian blur of a straight edge; near enough for corners much larger than the blur.
+                const double share =
+                    std::erfc(distanceToEdge(point, half, radius) / deviation / std::numbers::sqrt2) / 2;
+                pixels[column] =
+                    qPremultiply(qRgba(color.red(), color.green(), color.blue(),
+                                       static_cast<int>(std::lround(color.alphaF() * share * 255))));
+            }
         }
-    }
-    painter->drawImage(QRectF(0, 0, width(), height()), shadow);
+        painter.drawImage(QRectF(QPointF(0, 0), size), shadow);
+    };
 }
 
 } // namespace zivra

@@ -1,13 +1,14 @@
 #pragma once
 
+#include "ui/VectorItem.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
 
 namespace zivra {
 
 /// The blurred shadow that a rounded rectangle throws. The item is the rectangle grown by `margin` on every
 /// side, where the shadow fades out.
-class SoftShadow : public QQuickPaintedItem {
+class SoftShadow : public VectorItem {
     Q_OBJECT
     Q_PROPERTY(QColor color MEMBER m_color NOTIFY changed)
     Q_PROPERTY(qreal margin MEMBER m_margin NOTIFY changed) ///< points
@@ -19,10 +20,11 @@ class SoftShadow : public QQuickPaintedItem {
 public:
     explicit SoftShadow(QQuickItem *parent = nullptr);
 
-    void paint(QPainter *painter) override;
-
 Q_SIGNALS:
     void changed();
+
+protected:
+    [[nodiscard]] Painting painting() const override;
 
 private:
     QColor m_color = Qt::black;

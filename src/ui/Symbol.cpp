@@ -28,26 +28,27 @@ void strikeThrough(QPainter &painter)
 
 } // namespace
 
-Symbol::Symbol(QQuickItem *parent) : QQuickPaintedItem(parent)
+Symbol::Symbol(QQuickItem *parent) : VectorItem(parent)
 {
-    setAntialiasing(true);
     setImplicitSize(kDesignSize, kDesignSize);
     connect(this, &Symbol::changed, this, [this] { update(); });
 }
 
-void Symbol::paint(QPainter *painter)
+VectorItem::Painting Symbol::painting() const
 {
-    const bool isStruck = m_name.endsWith(kSlash);
-    const QString drawing = isStruck ? m_name.chopped(kSlash.size()) : m_name;
-    QSvgRenderer renderer(QStringLiteral(":/zivra/symbols/%1.svg").arg(drawing));
-    painter->scale(width() / kDesignSize, height() / kDesignSize);
-    const QRectF square(0, 0, kDesignSize, kDesignSize);
-    renderer.render(painter, square);
-    if (isStruck) {
-        strikeThrough(*painter);
-    }
-    painter->setCompositionMode(QPainter::CompositionMode_SourceIn);
-    painter->fillRect(square, m_color);
+    return [name = m_name, color = m_color, size = size()](QPainter &painter) {
+        const bool isStruck = name.endsWith(kSlash);
+        const QString drawing = isStruck ? name.chopped(kSlash.size()) : name;
+        QSvgRenderer renderer(QStringLiteral(":/zivra/symbols/%1.svg").arg(drawing));
+        painter.scale(size.width() / kDesignSize, size.height() / kDesignSize);
+        const QRectF square(0, 0, kDesignSize, kDesignSize);
+        renderer.render(&painter, square);
+        if (isStruck) {
+            strikeThrough(painter);
+        }
+        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.fillRect(square.adjusted(-1, -1, 1, 1), color);
+    };
 }
 
 } // namespace zivra

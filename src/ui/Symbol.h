@@ -1,7 +1,8 @@
 #pragma once
 
+#include "ui/VectorItem.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
 #include <QString>
 
 namespace zivra {
@@ -9,7 +10,7 @@ namespace zivra {
 /// One of our symbols in one colour. They are drawn for 18 points and their lines are 1.5 wide there.
 ///
 /// A name that ends in ".slash" is the symbol before that, struck through.
-class Symbol : public QQuickPaintedItem {
+class Symbol : public VectorItem {
     Q_OBJECT
     Q_PROPERTY(QString name MEMBER m_name NOTIFY changed)
     Q_PROPERTY(QColor color MEMBER m_color NOTIFY changed)
@@ -17,10 +18,11 @@ class Symbol : public QQuickPaintedItem {
 public:
     explicit Symbol(QQuickItem *parent = nullptr);
 
-    void paint(QPainter *painter) override;
-
 Q_SIGNALS:
     void changed();
+
+protected:
+    [[nodiscard]] Painting painting() const override;
 
 private:
     QString m_name;
