@@ -54,7 +54,7 @@ void AreaSelectionModel::release(QPointF at)
 void AreaSelectionModel::record()
 {
     if (canRecord()) {
-        finish(QRectF(selection().toAlignedRect()));
+        finish(area());
     }
 }
 

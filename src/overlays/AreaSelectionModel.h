@@ -14,7 +14,7 @@ namespace zivra {
 class AreaSelectionModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool hasSelection READ hasSelection NOTIFY changed)
-    Q_PROPERTY(QRectF selection READ selection NOTIFY changed)
+    Q_PROPERTY(QRectF area READ area NOTIFY changed)
     Q_PROPERTY(QString size READ size NOTIFY changed)
     Q_PROPERTY(bool canRecord READ canRecord NOTIFY changed)
 
@@ -22,6 +22,8 @@ public:
     [[nodiscard]] bool hasSelection() const { return m_start && m_current; }
     /// Whichever way it was dragged, its size is not negative.
     [[nodiscard]] QRectF selection() const;
+    /// What would be recorded: whole, and contains all of the selection.
+    [[nodiscard]] QRectF area() const { return selection().toAlignedRect(); }
     /// For reading: width, height.
     [[nodiscard]] QString size() const;
     /// It is large enough, and the mouse has let go of it.
@@ -32,7 +34,7 @@ public:
     Q_INVOKABLE void drag(QPointF to);
     Q_INVOKABLE void release(QPointF at);
     Q_INVOKABLE void cancel() { finish(std::nullopt); }
-    /// Does nothing while the selection cannot be recorded. The result is whole, and contains all of it.
+    /// Does nothing while the selection cannot be recorded.
     Q_INVOKABLE void record();
 
     /// Taken and cleared before it is called, so that the first end wins.

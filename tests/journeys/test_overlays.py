@@ -271,8 +271,9 @@ class Monitors(Overlays):
         foot = self.TOP + self.HEIGHT - 24 * scale
         self.press("l")
         self.assertEqual(until("the selector", lambda: panel("Area Selector")), whole)
-        self.draw((1000, 300), (1100, 400), (1301, 601))
+        self.draw((1001, 301), (1100, 400), (1302, 602))
         time.sleep(0.2)
+        self.assertEqual(len(set(Screenshot(1900, 100, 2, 860).pixels)), 1, "the dimmed parts meet with a seam")
         xdotool("key", "Return")
         side, height = 260 * scale, 290 * scale
         x, y, *size = until("the countdown", lambda: panel("Countdown"))

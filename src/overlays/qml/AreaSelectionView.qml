@@ -7,7 +7,8 @@ Item {
 
     required property QtObject model
 
-    readonly property rect area: model.selection
+    // Of whole points, so that the dimmed parts meet without a seam at fractional scale factors.
+    readonly property rect area: model.area
 
     focus: true
     Accessible.role: Accessible.Dialog
