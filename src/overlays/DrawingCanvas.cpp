@@ -59,12 +59,11 @@ void DrawingCanvas::redraw()
     m_sinceLast.start();
     const double scale = window() != nullptr ? window()->effectiveDevicePixelRatio() : 1;
     const QSize pixels = (size() * scale).toSize();
-    if (pixels != m_painter.picture().size()) {
-        m_changed += m_painter.inked();
+    if (pixels != m_painter.size()) {
         m_painter.reset(pixels, scale);
+        m_isAnew = true;
     }
-    m_changed += m_painter.paint(m_model.strokes(), m_model.now());
-    if (!m_changed.isEmpty()) {
+    if (m_painter.paint(m_model.strokes(), m_model.now())) {
         update();
     }
     wakeForFading();
@@ -89,47 +88,63 @@ void DrawingCanvas::wakeForFading()
 QSGNode *DrawingCanvas::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
 {
     if (old == nullptr) {
-        m_tiles.clear(); // they went with their parent
+        m_shown.clear(); // they went with their parent
         old = std::make_unique<QSGNode>().release();
-        m_changed = m_painter.inked();
     }
-    const QRegion inked = m_painter.inked();
-    for (const QRect &rect : std::exchange(m_changed, {})) {
-        constexpr int kSide = StrokePainter::kTileSide;
-        for (int top = rect.top() / kSide * kSide; top <= rect.bottom(); top += kSide) {
-            for (int left = rect.left() / kSide * kSide; left <= rect.right(); left += kSide) {
-                showTile(*old, QRect(left, top, kSide, kSide) & m_painter.picture().rect(), inked);
-            }
-        }
+    removeGone(*old);
+    for (const StrokePainter::Painted &stroke : m_painter.strokes()) {
+        show(*old, stroke);
     }
+    m_painter.forgetFresh();
     return old;
 }
 
-void DrawingCanvas::showTile(QSGNode &parent, const QRect &tile, const QRegion &inked)
+void DrawingCanvas::removeGone(QSGNode &root)
 {
-    constexpr int kTilesInRow = 1000; // more than any screen has
-    const int number =
-        tile.top() / StrokePainter::kTileSide * kTilesInRow + tile.left() / StrokePainter::kTileSide;
-    auto &node = m_tiles[number];
-    if (!inked.intersects(tile)) {
-        if (node != nullptr) {
-            parent.removeChildNode(node);
-            const std::unique_ptr<QSGImageNode> removed(node);
+    const bool isAnew = std::exchange(m_isAnew, false);
+    const auto &strokes = m_painter.strokes();
+    std::erase_if(m_shown, [&](const auto &each) {
+        const auto &[id, shown] = each;
+        if (!isAnew && std::ranges::find(strokes, id, &StrokePainter::Painted::id) != strokes.end()) {
+            return false;
         }
-        m_tiles.erase(number);
-        return;
+        root.removeChildNode(shown.node);
+        const std::unique_ptr<QSGNode> removed(shown.node);
+        return true;
+    });
+}
+
+void DrawingCanvas::show(QSGNode &root, const StrokePainter::Painted &stroke)
+{
+    Shown &shown = m_shown[stroke.id];
+    const bool isNew = shown.node == nullptr;
+    if (isNew) {
+        shown.node = std::make_unique<QSGOpacityNode>().release();
     }
-    const double scale = window()->effectiveDevicePixelRatio();
+    for (const auto &[tile, picture] : stroke.tiles) {
+        if (isNew || stroke.fresh.contains(tile)) {
+            showTile(*shown.node, shown.tiles[tile], tile, picture);
+        }
+    }
+    if (isNew) {
+        root.appendChildNode(shown.node);
+    }
+    shown.node->setOpacity(stroke.opacity);
+}
+
+void DrawingCanvas::showTile(QSGNode &parent, QSGImageNode *&node, int tile, const QImage &picture)
+{
     const bool isNew = node == nullptr;
     if (isNew) {
+        const double scale = window()->effectiveDevicePixelRatio();
+        const QRect rect = m_painter.rectOf(tile);
         node = window()->createImageNode();
         node->setFiltering(QSGTexture::Nearest);
         node->setOwnsTexture(true);
-        node->setRect(QRectF(QPointF(tile.topLeft()) / scale, QSizeF(tile.size()) / scale));
+        node->setRect(QRectF(QPointF(rect.topLeft()) / scale, QSizeF(rect.size()) / scale));
     }
-    node->setTexture(window()->createTextureFromImage(m_painter.picture().copy(tile),
-                                                      QQuickWindow::TextureHasAlphaChannel));
-    node->setSourceRect(QRectF(QPointF(0, 0), QSizeF(tile.size())));
+    node->setTexture(window()->createTextureFromImage(picture, QQuickWindow::TextureHasAlphaChannel));
+    node->setSourceRect(QRectF(QPointF(0, 0), QSizeF(picture.size())));
     if (isNew) {
         parent.appendChildNode(node); // the renderer takes in no node without a texture
     } else {
@@ -140,10 +155,11 @@ void DrawingCanvas::showTile(QSGNode &parent, const QRect &tile, const QRegion &
 QRegion DrawingCanvas::visibleRegion() const
 {
     QRegion pixels;
-    for (const QRect &rect : m_painter.inked()) {
-        const QImage mask =
-            m_painter.picture().copy(rect).createAlphaMask(Qt::ThresholdDither | Qt::AvoidDither);
-        pixels += QRegion(QBitmap::fromImage(mask)).translated(rect.topLeft());
+    for (const StrokePainter::Painted &stroke : m_painter.strokes()) {
+        for (const auto &[tile, picture] : stroke.tiles) {
+            const QImage mask = picture.createAlphaMask(Qt::ThresholdDither | Qt::AvoidDither);
+            pixels += QRegion(QBitmap::fromImage(mask)).translated(m_painter.rectOf(tile).topLeft());
+        }
     }
     const double scale = window() != nullptr ? 1 / window()->effectiveDevicePixelRatio() : 1;
     return QTransform::fromScale(scale, scale).map(pixels);

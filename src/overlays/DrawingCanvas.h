@@ -11,6 +11,7 @@
 #include <map>
 
 class QSGImageNode;
+class QSGOpacityNode;
 
 namespace zivra {
 
@@ -34,15 +35,23 @@ protected:
     QSGNode *updatePaintNode(QSGNode *old, UpdatePaintNodeData *data) override;
 
 private:
+    /// A stroke in the scene graph, which owns it.
+    struct Shown {
+        QSGOpacityNode *node = nullptr;
+        std::map<int, QSGImageNode *> tiles;
+    };
+
     void followStrokes();
     void redraw();
     void wakeForFading();
-    void showTile(QSGNode &parent, const QRect &tile, const QRegion &inked);
+    void removeGone(QSGNode &root);
+    void show(QSGNode &root, const StrokePainter::Painted &stroke);
+    void showTile(QSGNode &parent, QSGImageNode *&node, int tile, const QImage &picture);
 
     DrawingModel &m_model;
     StrokePainter m_painter;
-    QRegion m_changed;                     ///< tiles that are not on the screen yet
-    std::map<int, QSGImageNode *> m_tiles; ///< by number, row by row; the scene graph owns them
+    bool m_isAnew = false; ///< the painter has begun anew since
+    std::map<QUuid, Shown> m_shown;
     QTimer m_next;
     QElapsedTimer m_sinceLast;
 };

@@ -2,25 +2,19 @@
 
 #include <QPainter>
 #include <QPen>
-#include <QPolygonF>
 
 #include <algorithm>
 #include <span>
+#include <utility>
 
 namespace zivra {
 
 namespace {
 
-constexpr double kLineWidth = 5; ///< points
+constexpr double kLineWidth = 5;  ///< points
+constexpr int kTilesInRow = 1000; // more than any screen has
 
-QPen penOf(const DrawingModel::Stroke &stroke, double opacity)
-{
-    QColor color = stroke.color;
-    color.setAlphaF(static_cast<float>(opacity));
-    return {color, kLineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin};
-}
-
-/// In one go, so that a stroke that crosses itself is equally see-through everywhere. A tap is a dot.
+/// In one go, so that the joints are round. A tap is a dot.
 void draw(QPainter &painter, std::span<const QPointF> points)
 {
     if (std::ranges::all_of(points, [&](QPointF point) { return point == points.front(); })) {
@@ -32,117 +26,100 @@ void draw(QPainter &painter, std::span<const QPointF> points)
 
 } // namespace
 
-void StrokePainter::reset(QSize pixels, double scale)
+void StrokePainter::reset(QSize size, double scale)
 {
-    m_picture = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
-    m_picture.fill(Qt::transparent);
+    m_size = size;
     m_scale = scale;
-    m_painted.clear();
+    m_strokes.clear();
 }
 
-QRegion StrokePainter::paint(const std::vector<DrawingModel::Stroke> &strokes, MediaTime now)
+bool StrokePainter::paint(const std::vector<DrawingModel::Stroke> &strokes, MediaTime now)
 {
-    const QRegion stale = takeStale(strokes, now);
-    if (!stale.isEmpty()) {
-        repaint(stale, strokes, now);
-    }
-    QRegion changed = stale;
+    bool differs = dropGone(strokes);
     for (const DrawingModel::Stroke &stroke : strokes) {
-        changed += paintNew(stroke, now);
+        differs |= paint(stroke, now);
     }
-    return changed;
+    return differs;
 }
 
-QRegion StrokePainter::inked() const
+void StrokePainter::forgetFresh()
 {
-    QRegion all;
-    for (const Painted &painted : m_painted) {
-        all += painted.tiles;
-    }
-    return all;
-}
-
-/// The tiles of strokes that have gone or are paler than when they were painted.
-QRegion StrokePainter::takeStale(const std::vector<DrawingModel::Stroke> &strokes, MediaTime now)
-{
-    QRegion stale;
-    std::erase_if(m_painted, [&](Painted &painted) {
-        const auto stroke = std::ranges::find(strokes, painted.id, &DrawingModel::Stroke::id);
-        const bool isGone = stroke == strokes.end();
-        const double opacity = isGone ? 0 : stroke->opacity(now);
-        if (opacity != painted.opacity) {
-            painted.opacity = opacity;
-            stale += painted.tiles;
-        }
-        return isGone;
-    });
-    return stale;
-}
-
-void StrokePainter::repaint(const QRegion &tiles, const std::vector<DrawingModel::Stroke> &strokes,
-                            MediaTime now)
-{
-    QPainter painter(&m_picture);
-    painter.setCompositionMode(QPainter::CompositionMode_Source);
-    for (const QRect &rect : tiles) {
-        painter.fillRect(rect, Qt::transparent);
-    }
-    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    painter.setClipRegion(tiles);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.scale(m_scale, m_scale);
-    for (const DrawingModel::Stroke &stroke : strokes) {
-        const auto painted = find(stroke.id);
-        if (painted != m_painted.end() && painted->tiles.intersects(tiles) && painted->opacity > 0) {
-            painter.setPen(penOf(stroke, stroke.opacity(now)));
-            draw(painter, std::span(stroke.points).first(painted->pointCount));
-        }
+    for (Painted &painted : m_strokes) {
+        painted.fresh.clear();
     }
 }
 
-QRegion StrokePainter::paintNew(const DrawingModel::Stroke &stroke, MediaTime now)
+QRect StrokePainter::rectOf(int tile) const
 {
-    auto painted = find(stroke.id);
-    if (painted == m_painted.end()) {
-        painted = m_painted.insert(m_painted.end(), Painted{stroke.id, 0, stroke.opacity(now), {}});
+    const QPoint place(tile % kTilesInRow, tile / kTilesInRow);
+    return QRect(place * kTileSide, QSize(kTileSide, kTileSide)) & QRect(QPoint(0, 0), m_size);
+}
+
+bool StrokePainter::dropGone(const std::vector<DrawingModel::Stroke> &strokes)
+{
+    const auto isGone = [&](const Painted &painted) {
+        return std::ranges::find(strokes, painted.id, &DrawingModel::Stroke::id) == strokes.end();
+    };
+    return std::erase_if(m_strokes, isGone) > 0;
+}
+
+bool StrokePainter::paint(const DrawingModel::Stroke &stroke, MediaTime now)
+{
+    auto painted = std::ranges::find(m_strokes, stroke.id, &Painted::id);
+    if (painted == m_strokes.end()) {
+        painted = m_strokes.insert(m_strokes.end(), Painted{.id = stroke.id});
     }
-    if (painted->pointCount == stroke.points.size()) {
-        return {};
+    const double opacity = stroke.opacity(now);
+    const bool fades = std::exchange(painted->opacity, opacity) != opacity;
+    const bool grows = painted->pointCount != stroke.points.size();
+    if (grows) {
+        paintPiece(*painted, stroke);
     }
-    const std::size_t last = painted->pointCount > 0 ? painted->pointCount - 1 : 0;
+    return fades || grows;
+}
+
+void StrokePainter::paintPiece(Painted &painted, const DrawingModel::Stroke &stroke) const
+{
+    const std::size_t last = painted.pointCount > 0 ? painted.pointCount - 1 : 0;
     const auto piece = std::span(stroke.points).subspan(last);
-    QRegion tiles;
+    std::set<int> tiles;
     for (std::size_t index = 0; index < piece.size(); ++index) {
-        tiles += tilesOf(piece[index > 0 ? index - 1 : 0], piece[index]);
+        tiles.merge(tilesOf(piece[index > 0 ? index - 1 : 0], piece[index]));
     }
-    QPainter painter(&m_picture);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.scale(m_scale, m_scale);
-    painter.setPen(penOf(stroke, painted->opacity));
-    draw(painter, piece);
-    painted->pointCount = stroke.points.size();
-    painted->tiles += tiles;
-    return tiles;
+    for (const int tile : tiles) {
+        const QRect rect = rectOf(tile);
+        QImage &picture = painted.tiles[tile];
+        if (picture.isNull()) {
+            picture = QImage(rect.size(), QImage::Format_ARGB32_Premultiplied);
+            picture.fill(Qt::transparent);
+        }
+        QPainter painter(&picture);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.translate(-rect.topLeft());
+        painter.scale(m_scale, m_scale);
+        painter.setPen(QPen(stroke.color, kLineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        draw(painter, piece);
+    }
+    painted.pointCount = stroke.points.size();
+    painted.fresh.merge(tiles);
 }
 
-QRegion StrokePainter::tilesOf(QPointF from, QPointF to) const
+std::set<int> StrokePainter::tilesOf(QPointF from, QPointF to) const
 {
     constexpr double kReach = kLineWidth / 2 + 1;
     const QRectF points = QRectF(from, to).normalized().adjusted(-kReach, -kReach, kReach, kReach);
-    const QRect pixels =
-        QRectF(points.topLeft() * m_scale, points.size() * m_scale).toAlignedRect() & m_picture.rect();
+    const QRect pixels = QRectF(points.topLeft() * m_scale, points.size() * m_scale).toAlignedRect() &
+                         QRect(QPoint(0, 0), m_size);
+    std::set<int> tiles;
     if (pixels.isEmpty()) {
-        return {};
+        return tiles;
     }
-    const QPoint first(pixels.left() / kTileSide, pixels.top() / kTileSide);
-    const QPoint last(pixels.right() / kTileSide, pixels.bottom() / kTileSide);
-    const QRect tiles(first * kTileSide, (last + QPoint(1, 1)) * kTileSide - QPoint(1, 1));
-    return tiles & m_picture.rect();
-}
-
-std::vector<StrokePainter::Painted>::iterator StrokePainter::find(const QUuid &id)
-{
-    return std::ranges::find(m_painted, id, &Painted::id);
+    for (int row = pixels.top() / kTileSide; row <= pixels.bottom() / kTileSide; ++row) {
+        for (int column = pixels.left() / kTileSide; column <= pixels.right() / kTileSide; ++column) {
+            tiles.insert(row * kTilesInRow + column);
+        }
+    }
+    return tiles;
 }
 
 } // namespace zivra

@@ -3,48 +3,50 @@
 #include "overlays/DrawingModel.h"
 
 #include <QImage>
-#include <QRegion>
 #include <QUuid>
 
+#include <map>
+#include <set>
 #include <vector>
 
 namespace zivra {
 
-/// The picture of the strokes, kept from one redraw to the next so that only what changed is painted: a new
-/// piece of the stroke under the pen, or the surroundings of one that fades. Sizes are in pixels of the
-/// screen, regions are made of whole tiles.
+/// The strokes as pictures. Each is painted for itself and solid, a piece at a time as it grows; to fade, it
+/// only has to be shown with less opacity. Strokes are long and thin, so they are in small square tiles that
+/// are numbered row by row. Sizes are in pixels of the screen.
 class StrokePainter {
 public:
     static constexpr int kTileSide = 60;
 
-    /// An empty picture. `scale`: pixels a point.
-    void reset(QSize pixels, double scale);
-
-    /// Brings the picture up to this moment. Returns the tiles that differ.
-    [[nodiscard]] QRegion paint(const std::vector<DrawingModel::Stroke> &strokes, MediaTime now);
-
-    [[nodiscard]] const QImage &picture() const { return m_picture; }
-    /// The tiles that a stroke has been through.
-    [[nodiscard]] QRegion inked() const;
-
-private:
-    /// A stroke as it is in the picture.
     struct Painted {
         QUuid id;
         std::size_t pointCount = 0;
         double opacity = 1;
-        QRegion tiles;
+        std::map<int, QImage> tiles = {}; ///< premultiplied
+        std::set<int> fresh = {};         ///< tiles painted since the last `forgetFresh()`
     };
 
-    [[nodiscard]] QRegion takeStale(const std::vector<DrawingModel::Stroke> &strokes, MediaTime now);
-    [[nodiscard]] QRegion paintNew(const DrawingModel::Stroke &stroke, MediaTime now);
-    void repaint(const QRegion &tiles, const std::vector<DrawingModel::Stroke> &strokes, MediaTime now);
-    [[nodiscard]] QRegion tilesOf(QPointF from, QPointF to) const;
-    [[nodiscard]] std::vector<Painted>::iterator find(const QUuid &id);
+    /// Begins anew. `scale`: pixels a point.
+    void reset(QSize size, double scale);
+    [[nodiscard]] QSize size() const { return m_size; }
 
-    QImage m_picture; ///< premultiplied
+    /// Brings the pictures up to this moment. Returns whether anything looks different.
+    bool paint(const std::vector<DrawingModel::Stroke> &strokes, MediaTime now);
+
+    /// The lowest first.
+    [[nodiscard]] const std::vector<Painted> &strokes() const { return m_strokes; }
+    void forgetFresh();
+    [[nodiscard]] QRect rectOf(int tile) const;
+
+private:
+    bool dropGone(const std::vector<DrawingModel::Stroke> &strokes);
+    bool paint(const DrawingModel::Stroke &stroke, MediaTime now);
+    void paintPiece(Painted &painted, const DrawingModel::Stroke &stroke) const;
+    [[nodiscard]] std::set<int> tilesOf(QPointF from, QPointF to) const;
+
+    QSize m_size;
     double m_scale = 1;
-    std::vector<Painted> m_painted;
+    std::vector<Painted> m_strokes;
 };
 
 } // namespace zivra
