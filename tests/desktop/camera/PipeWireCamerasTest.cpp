@@ -84,7 +84,8 @@ TEST(PipeWireCameras, ComeSendAndGo)
     }
     EXPECT_LE(Holdings().files, atFirst->files);
     if (kCountsPages) {
-        EXPECT_LE(Holdings().pages, atFirst->pages + 1000) << "4 MiB, where a cycle's pictures alone take more";
+        EXPECT_LE(Holdings().pages, atFirst->pages + 1000)
+            << "4 MiB, where a cycle's pictures alone take more";
     }
     EXPECT_GE(changes, 2 * kCycles);
 }
