@@ -30,7 +30,13 @@ public:
         std::vector<Mode> modes{}; ///< those of a format one after the other
     };
 
-    std::map<QString, Camera> cameras; ///< by the path; set while nobody looks
+    /// By the path.
+    void setCameras(std::map<QString, Camera> cameras)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_cameras = std::move(cameras);
+    }
+
     std::vector<std::uint8_t> picture; ///< what every buffer is filled with
     std::atomic<bool> isUnplugged = false;
     std::atomic<bool> isBusy = false;
@@ -42,7 +48,8 @@ public:
     [[nodiscard]] std::vector<Node> nodes() const override
     {
         std::vector<Node> all;
-        for (const auto &[path, camera] : cameras) {
+        const std::lock_guard lock(m_mutex);
+        for (const auto &[path, camera] : m_cameras) {
             all.push_back({path, {}});
         }
         return all;
@@ -76,7 +83,7 @@ public:
 
     int control(int descriptor, unsigned long request, void *argument) override
     {
-        const auto &camera = cameras.at(path(descriptor));
+        const Camera camera = cameraOf(descriptor);
         switch (request) {
         case VIDIOC_QUERYCAP: {
             auto &answer = *static_cast<v4l2_capability *>(argument);
@@ -145,10 +152,10 @@ public:
     }
 
 private:
-    QString path(int descriptor)
+    Camera cameraOf(int descriptor)
     {
         const std::lock_guard lock(m_mutex);
-        return m_open.at(static_cast<std::size_t>(descriptor));
+        return m_cameras.at(m_open.at(static_cast<std::size_t>(descriptor)));
     }
     static std::vector<Mode> modesOf(const Camera &camera, std::uint32_t fourcc)
     {
@@ -168,7 +175,8 @@ private:
         return 0;
     }
 
-    std::mutex m_mutex;
+    mutable std::mutex m_mutex;
+    std::map<QString, Camera> m_cameras;
     std::vector<QString> m_open;
     std::vector<std::uint32_t> m_queued; ///< of the one camera that streams
     std::int64_t m_time = 0;             ///< microseconds

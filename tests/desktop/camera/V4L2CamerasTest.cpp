@@ -60,7 +60,7 @@ TEST_F(V4L2CamerasTest, DeliverInTheBestMode)
          {800, 600}},
     };
     for (const Case &expected : cases) {
-        kernel->cameras = {{kPath, {.modes = expected.modes}}};
+        kernel->setCameras({{kPath, {.modes = expected.modes}}});
         const auto pixels = expected.fourcc == mjpeg  ? CameraPixels::Mjpeg
                             : expected.fourcc == nv12 ? CameraPixels::Nv12
                                                       : CameraPixels::Yuyv;
@@ -80,7 +80,7 @@ TEST_F(V4L2CamerasTest, DeliverInTheBestMode)
 
 TEST_F(V4L2CamerasTest, LeaveOutWhatIsDamaged)
 {
-    kernel->cameras = {{kPath, {.modes = {{V4L2_PIX_FMT_MJPEG, 640, 480, 30}}}}};
+    kernel->setCameras({{kPath, {.modes = {{V4L2_PIX_FMT_MJPEG, 640, 480, 30}}}}});
     kernel->picture = greenPicture(CameraPixels::Mjpeg, {640, 480});
     kernel->picture.resize(kernel->picture.size() / 2);
     V4L2Cameras cameras(kernel, folder.path());
@@ -92,10 +92,13 @@ TEST_F(V4L2CamerasTest, LeaveOutWhatIsDamaged)
 
 TEST_F(V4L2CamerasTest, ComeAndGo)
 {
-    kernel->cameras = {
-        {kPath, {.modes = {{V4L2_PIX_FMT_YUYV, 640, 480, 30}}}},
+    using Cameras = std::map<QString, FakeV4L2::Camera>;
+    const Cameras useless{
         {"/dev/video1", {.card = "Its data", .capabilities = V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING}},
         {"/dev/video2", {.card = "Infrared", .modes = {{V4L2_PIX_FMT_GREY, 640, 480, 30}}}}};
+    Cameras all = useless;
+    all[kPath] = {.modes = {{V4L2_PIX_FMT_YUYV, 640, 480, 30}}};
+    kernel->setCameras(all);
     kernel->picture = greenPicture(CameraPixels::Yuyv, {640, 480});
     V4L2Cameras cameras(kernel, folder.path());
     int changes = 0;
@@ -111,7 +114,7 @@ TEST_F(V4L2CamerasTest, ComeAndGo)
     EXPECT_TRUE(eventually([&] { return reception.ends == 1; }));
     source->stop().waitForFinished();
 
-    kernel->cameras.erase(kPath);
+    kernel->setCameras(useless);
     QFile file(folder.filePath("video0"));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     EXPECT_TRUE(eventually([&] { return changes == 2 && cameras.cameras().empty(); }));
@@ -120,7 +123,7 @@ TEST_F(V4L2CamerasTest, ComeAndGo)
         nothing.from(*cameras.makeSource(kDevice.uniqueID, {640, 480}), {640, 480}).waitForFinished());
 
     kernel->isBusy = true;
-    kernel->cameras = {{kPath, {.modes = {{V4L2_PIX_FMT_YUYV, 640, 480, 30}}}}};
+    kernel->setCameras(all);
     ASSERT_TRUE(file.remove());
     EXPECT_TRUE(eventually([&] { return cameras.cameras() == std::vector{kDevice}; }));
     const auto busy = cameras.makeSource(kDevice.uniqueID, {640, 480});
