@@ -355,8 +355,22 @@ class Looks(Overlays):
         xdotool("mousemove", x + width // 2, y + height // 2)
         time.sleep(0.4)
         self.assert_looks_like("bubble-pill", x, y, width, height)
+        self.click(x + width // 2 + 39, y + height - 38)
+        xdotool("mousemove", 1500, 900)
+        time.sleep(0.4)
+        x, y, width, height = self.bar()
+        self.assert_looks_like("bar-camera-hidden", x, y + 75, width, height - 75)
         self.press("l")
         self.handed_over()
+
+    def test_the_preview_of_the_camera_alone(self):
+        self.resident(mode="cameraOnly")
+        self.press("l", then=0.8)
+        xdotool("mousemove", 1500, 900)
+        time.sleep(0.4)
+        self.assert_looks_like("preview", *until("the preview", lambda: panel("Camera")))
+        x, y, width, height = self.bar()
+        self.assert_looks_like("bar-camera-alone", x, y + 75, width, height - 75)
 
     def test_the_area_selector(self):
         self.resident(captureArea="customArea")
