@@ -35,13 +35,14 @@ void CameraPicture::setPreview(PicturePreview *preview)
 
 QSGNode *CameraPicture::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
 {
-    auto *node = static_cast<QSGImageNode *>(old);
     const double scale = window()->effectiveDevicePixelRatio();
     const QSize pixels = (size() * scale).toSize();
     const auto frame = m_preview != nullptr ? m_preview->latest() : nullptr;
     if (!frame || pixels.isEmpty()) {
-        return node;
+        const std::unique_ptr<QSGNode> gone(old); // an earlier camera's last picture is not this one's
+        return nullptr;
     }
+    auto *node = static_cast<QSGImageNode *>(old);
     if (node == nullptr) {
         node = window()->createImageNode();
         node->setOwnsTexture(true);

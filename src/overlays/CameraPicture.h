@@ -23,7 +23,7 @@ public:
     CameraPicture(const CameraPicture &) = delete;
     CameraPicture &operator=(const CameraPicture &) = delete;
 
-    /// Follows this one, which outlives the item or the next call. Null: shows what it shows.
+    /// Follows this one, which outlives the item or the next call. Null: none any more.
     void setPreview(PicturePreview *preview);
 
 Q_SIGNALS:

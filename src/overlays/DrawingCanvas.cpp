@@ -15,7 +15,9 @@ namespace zivra {
 namespace {
 
 constexpr qint64 kInterval = 33; // milliseconds between redraws
-constexpr qint64 kSolid = 3000;  // milliseconds after which an ended stroke begins to fade
+/// Where windows cannot be blended a stroke is seen or not.
+constexpr double kLeastVisible = 0.5;
+constexpr qint64 kSolid = 3000; // milliseconds after which an ended stroke begins to fade
 
 } // namespace
 
@@ -156,6 +158,9 @@ QRegion DrawingCanvas::visibleRegion() const
 {
     QRegion pixels;
     for (const StrokePainter::Painted &stroke : m_painter.strokes()) {
+        if (stroke.opacity < kLeastVisible) {
+            continue;
+        }
         for (const auto &[tile, picture] : stroke.tiles) {
             const QImage mask = picture.createAlphaMask(Qt::ThresholdDither | Qt::AvoidDither);
             pixels += QRegion(QBitmap::fromImage(mask)).translated(m_painter.rectOf(tile).topLeft());
