@@ -11,6 +11,10 @@
 
 namespace zivra::desktop {
 
+/// As many pictures of a camera may be in use: one is shown, one held, the others wait for an encoder that is
+/// late.
+inline constexpr int kCameraPictures = 12;
+
 /// A camera as it is read by one thread, which also destroys it.
 class CameraReader {
 public:

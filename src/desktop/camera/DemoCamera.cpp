@@ -2,7 +2,7 @@
 
 #include "desktop/camera/CameraThread.h"
 #include "desktop/camera/DemoPicture.h"
-#include "desktop/camera/PictureBuffers.h"
+#include "desktop/threads/MonotonicTime.h"
 
 #include <poll.h>
 
@@ -15,43 +15,35 @@ namespace {
 
 constexpr std::int64_t kSecond = 1'000'000'000; // nanoseconds
 
-MediaTime now()
-{
-    std::timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return MediaTime::fromNanoseconds(time.tv_sec * kSecond + time.tv_nsec);
-}
-
 class DemoReader final : public CameraReader {
 public:
-    explicit DemoReader(QSize size) : m_size(size) {}
+    explicit DemoReader(QSize size) : m_pool(size, kCameraPictures) {}
 
-    void open() override { m_number = static_cast<std::int64_t>(now().seconds() * kDemoRate); }
+    void open() override { m_number = static_cast<std::int64_t>(monotonicTime().seconds() * kDemoRate); }
 
     std::optional<MediaSample> next(int wakeUp) override
     {
         const auto due = MediaTime::fromFraction(m_number + 1, kDemoRate);
-        const std::int64_t left = std::max<std::int64_t>(0, (due - now()).nanoseconds());
+        const std::int64_t left = std::max<std::int64_t>(0, (due - monotonicTime()).nanoseconds());
         const std::timespec timeout{left / kSecond, left % kSecond};
         pollfd descriptor{wakeUp, POLLIN, 0};
         if (ppoll(&descriptor, 1, &timeout, nullptr) != 0) {
             return std::nullopt;
         }
         // What a thread that was held up has missed is left out, as a camera would.
-        m_number = std::max(m_number + 1, static_cast<std::int64_t>(now().seconds() * kDemoRate));
-        auto picture = m_buffers.take(m_size);
+        m_number = std::max(m_number + 1, static_cast<std::int64_t>(monotonicTime().seconds() * kDemoRate));
+        auto picture = m_pool.take();
         if (!picture) {
             return std::nullopt;
         }
         drawDemoPicture(*picture, m_number);
         const auto time = MediaTime::fromFraction(m_number, kDemoRate);
-        return MediaSample(std::move(*picture).finished(), {time, MediaTime::invalid(), MediaTime::invalid()},
-                           FrameStatus::Complete);
+        return MediaSample(m_pool.wrap(std::move(picture)),
+                           {time, MediaTime::invalid(), MediaTime::invalid()}, FrameStatus::Complete);
     }
 
 private:
-    QSize m_size;
-    PictureBuffers m_buffers;
+    FramePool m_pool;
     std::int64_t m_number = 0; ///< of the last picture
 };
 

@@ -32,10 +32,10 @@ constexpr int kCells = 18;
 
 class Painter {
 public:
-    explicit Painter(BlankPicture &picture) : m_picture(picture) {}
+    explicit Painter(FrameBuffer &picture) : m_picture(picture) {}
 
-    [[nodiscard]] int width() const { return m_picture.frame.width; }
-    [[nodiscard]] int height() const { return m_picture.frame.height; }
+    [[nodiscard]] int width() const { return m_picture.size().width(); }
+    [[nodiscard]] int height() const { return m_picture.size().height(); }
 
     /// Clipped to the picture and to even pixels.
     void fill(const QRect &rectangle, Colour colour)
@@ -49,16 +49,16 @@ public:
     }
 
 private:
-    void fillPlane(std::size_t plane, const QRect &rectangle, std::uint8_t value)
+    void fillPlane(int plane, const QRect &rectangle, std::uint8_t value)
     {
         for (int row = 0; rectangle.width() > 0 && row < rectangle.height(); ++row) {
-            std::memset(m_picture.plane(plane) +
-                            std::ptrdiff_t{rectangle.y() + row} * m_picture.stride(plane) + rectangle.x(),
+            std::memset(m_picture.at(plane) + std::ptrdiff_t{rectangle.y() + row} * m_picture.stride(plane) +
+                            rectangle.x(),
                         value, static_cast<std::size_t>(rectangle.width()));
         }
     }
 
-    BlankPicture &m_picture;
+    FrameBuffer &m_picture;
 };
 
 /// The `index`th of `count` equal columns of the picture.
@@ -124,7 +124,7 @@ void drawBall(Painter &painter, std::int64_t number)
 
 } // namespace
 
-void drawDemoPicture(BlankPicture &picture, std::int64_t number)
+void drawDemoPicture(FrameBuffer &picture, std::int64_t number)
 {
     constexpr std::int64_t kNumbers = 65536;
     const auto shown = static_cast<unsigned>(number % kNumbers);

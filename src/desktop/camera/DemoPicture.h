@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desktop/camera/PictureBuffers.h"
+#include "desktop/frames/FramePool.h"
 
 #include <QRect>
 
@@ -9,7 +9,7 @@
 namespace zivra::desktop {
 
 /// Draws the demo camera's picture of that number, as told there.
-void drawDemoPicture(BlankPicture &picture, std::int64_t number);
+void drawDemoPicture(FrameBuffer &picture, std::int64_t number);
 
 inline constexpr int kDemoRate = 30; ///< pictures a second
 

@@ -1,5 +1,7 @@
 #include "desktop/camera/PictureConverter.h"
 
+#include "desktop/camera/CameraThread.h"
+
 #include <libyuv.h>
 
 #include <algorithm>
@@ -49,13 +51,13 @@ bool isWhole(const RawPicture &raw, int stride)
                                    : raw.bytes.size() >= row * height && raw.secondPlane.size() >= chroma;
 }
 
-void fill(BlankPicture &picture, const RawPicture &raw, int stride)
+void fill(FrameBuffer &picture, const RawPicture &raw, int stride)
 {
-    const int width = picture.frame.width;
-    const int height = picture.frame.height;
+    const int width = picture.size().width();
+    const int height = picture.size().height();
     const auto into = [&](auto function, auto... source) {
-        function(source..., picture.plane(0), picture.stride(0), picture.plane(1), picture.stride(1),
-                 picture.plane(2), picture.stride(2), width, height);
+        function(source..., picture.at(0), picture.stride(0), picture.at(1), picture.stride(1), picture.at(2),
+                 picture.stride(2), width, height);
     };
     const std::uint8_t *const first = raw.bytes.data();
     if (raw.pixels == CameraPixels::Yuyv) {
@@ -101,12 +103,16 @@ std::shared_ptr<const VideoFrame> PictureConverter::convert(const RawPicture &ra
     if (!isWhole(plain, stride)) {
         return nullptr;
     }
-    auto picture = m_buffers.take(evenSize(plain.size));
+    const QSize size = evenSize(plain.size);
+    if (!m_pool || m_pool->frameSize() != size) {
+        m_pool.emplace(size, kCameraPictures);
+    }
+    auto picture = m_pool->take();
     if (!picture) {
         return nullptr;
     }
     fill(*picture, plain, stride);
-    return std::move(*picture).finished();
+    return m_pool->wrap(std::move(picture));
 }
 
 bool PictureConverter::decode(std::span<const std::uint8_t> jpeg)

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "desktop/camera/CameraMode.h"
-#include "desktop/camera/PictureBuffers.h"
+#include "desktop/frames/FramePool.h"
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 
 struct AVCodecContext;
@@ -45,7 +46,7 @@ private:
     [[nodiscard]] bool decode(std::span<const std::uint8_t> jpeg);
     [[nodiscard]] bool unpackDecoded();
 
-    PictureBuffers m_buffers;
+    std::optional<FramePool> m_pool;                         ///< of the size that came last
     std::unique_ptr<AVCodecContext, CodecDeleter> m_decoder; ///< null until the first JPEG
     std::unique_ptr<AVFrame, FrameDeleter> m_decoded;
     std::vector<std::uint8_t> m_packet;

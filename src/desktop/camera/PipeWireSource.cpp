@@ -1,13 +1,13 @@
 #include "desktop/camera/PipeWireSource.h"
 
 #include "desktop/camera/PipeWireFormats.h"
+#include "desktop/threads/MonotonicTime.h"
 #include "platform/PlatformError.h"
 
 #include <spa/buffer/meta.h>
 #include <spa/param/param.h>
 
 #include <algorithm>
-#include <ctime>
 #include <mutex>
 #include <utility>
 
@@ -18,21 +18,13 @@ namespace {
 /// Closer together than this they are more than 30 a second, an uneven pace allowed for.
 constexpr auto kLeastInterval = MediaTime::fromMilliseconds(25);
 
-MediaTime now()
-{
-    constexpr std::int64_t kSecond = 1'000'000'000; // nanoseconds
-    std::timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return MediaTime::fromNanoseconds(time.tv_sec * kSecond + time.tv_nsec);
-}
-
 /// When the picture was taken, where the camera says so on our clock; else now.
 MediaTime timeOf(spa_buffer &buffer)
 {
     constexpr auto kLongestWay = MediaTime::fromMilliseconds(1000);
     const auto *header = static_cast<const spa_meta_header *>(
         spa_buffer_find_meta_data(&buffer, SPA_META_Header, sizeof(spa_meta_header)));
-    const MediaTime arrival = now();
+    const MediaTime arrival = monotonicTime();
     if (header != nullptr) {
         const auto told = MediaTime::fromNanoseconds(header->pts);
         if (told <= arrival && told > arrival - kLongestWay) {

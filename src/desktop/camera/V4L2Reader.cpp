@@ -1,5 +1,6 @@
 #include "desktop/camera/V4L2Reader.h"
 
+#include "desktop/threads/MonotonicTime.h"
 #include "platform/PlatformError.h"
 
 #include <linux/videodev2.h>
@@ -7,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <ctime>
 #include <utility>
 
 namespace zivra::desktop {
@@ -42,9 +42,7 @@ MediaTime timeOf(const v4l2_buffer &buffer)
         return MediaTime::fromNanoseconds(buffer.timestamp.tv_sec * kSecond +
                                           buffer.timestamp.tv_usec * kMicrosecond);
     }
-    std::timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return MediaTime::fromNanoseconds(now.tv_sec * kSecond + now.tv_nsec);
+    return monotonicTime();
 }
 
 } // namespace

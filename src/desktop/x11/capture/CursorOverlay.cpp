@@ -1,6 +1,6 @@
 #include "desktop/x11/capture/CursorOverlay.h"
 
-#include "desktop/x11/capture/MonotonicTime.h"
+#include "desktop/threads/MonotonicTime.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
 #include "desktop/x11/capture/DisplayContent.h"
 
-#include "desktop/x11/capture/MonotonicTime.h"
+#include "desktop/threads/MonotonicTime.h"
 #include "desktop/x11/capture/WindowRedirection.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desktop/x11/capture/FramePool.h"
+#include "desktop/frames/FramePool.h"
 #include "desktop/x11/capture/SharedImage.h"
 
 #include <QRect>

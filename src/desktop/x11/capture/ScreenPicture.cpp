@@ -1,9 +1,9 @@
 #include "desktop/x11/capture/ScreenPicture.h"
 
+#include "desktop/threads/MonotonicTime.h"
 #include "desktop/x11/X11Scale.h"
 #include "desktop/x11/capture/CaptureArea.h"
 #include "desktop/x11/capture/DisplayContent.h"
-#include "desktop/x11/capture/MonotonicTime.h"
 #include "desktop/x11/capture/SavedPixels.h"
 #include "desktop/x11/capture/ServerFeatures.h"
 #include "desktop/x11/capture/WindowsContent.h"

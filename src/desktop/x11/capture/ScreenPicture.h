@@ -1,10 +1,10 @@
 #pragma once
 
+#include "desktop/frames/FramePool.h"
 #include "desktop/x11/XcbConnection.h"
 #include "desktop/x11/capture/ClickOverlay.h"
 #include "desktop/x11/capture/CursorOverlay.h"
 #include "desktop/x11/capture/FrameConverter.h"
-#include "desktop/x11/capture/FramePool.h"
 #include "desktop/x11/capture/PictureContent.h"
 #include "desktop/x11/capture/ServerEvents.h"
 #include "desktop/x11/capture/SharedImage.h"

@@ -1,7 +1,7 @@
 #include "desktop/x11/capture/X11PictureSource.h"
 
+#include "desktop/threads/MonotonicTime.h"
 #include "desktop/x11/capture/FramePacer.h"
-#include "desktop/x11/capture/MonotonicTime.h"
 #include "desktop/x11/capture/ScreenPicture.h"
 #include "platform/PlatformError.h"
 

@@ -29,11 +29,13 @@ private:
     std::vector<std::uint8_t> m_bytes;
 };
 
-/// A fixed number of frame buffers, made when first needed. A frame's buffer comes back when its last
-/// reference is dropped, on whatever thread that happens; it may outlive the pool.
+/// A fixed number of frame buffers, used by one thread at a time, made when first needed. A frame's buffer
+/// comes back when its last reference is dropped, on whatever thread that happens; it may outlive the pool.
 class FramePool {
 public:
     FramePool(QSize frameSize, int count);
+
+    [[nodiscard]] QSize frameSize() const { return m_frameSize; }
 
     /// The one that was given back last, since it differs least from the picture now. Null when all are in
     /// use. A buffer that is not wrapped is lost to the pool.

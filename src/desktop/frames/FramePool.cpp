@@ -1,4 +1,4 @@
-#include "desktop/x11/capture/FramePool.h"
+#include "desktop/frames/FramePool.h"
 
 #include <mutex>
 #include <utility>

@@ -6,7 +6,8 @@
 
 namespace zivra::desktop {
 
-/// The time on CLOCK_MONOTONIC, which every capture time lies on.
+/// The time on CLOCK_MONOTONIC, which every capture time lies on: those of the X server, of the sound server
+/// and of cameras.
 inline MediaTime monotonicTime()
 {
     std::timespec time{};
